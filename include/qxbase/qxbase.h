@@ -1,0 +1,14 @@
+// The whole public interface of libqxbase: an application includes this
+// header and links with -lqxbase.
+#ifndef QXBASE_QXBASE_H
+#define QXBASE_QXBASE_H
+
+#include <qxbase/qxdefs.h>
+#include <qxbase/qxerrors.h>
+#include <qxbase/qxguids.h>
+#include <qxbase/qxunknown.h>
+#include <qxbase/qxenums.h>
+#include <qxbase/qxdescriptions.h>
+#include <qxbase/qxinterfaces.h>
+
+#endif  // QXBASE_QXBASE_H
