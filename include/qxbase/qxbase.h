@@ -10,5 +10,8 @@
 #include <qxbase/qxenums.h>
 #include <qxbase/qxdescriptions.h>
 #include <qxbase/qxinterfaces.h>
+#include <qxbase/qxcgenericcopy.h>
+#include <qxbase/qxcrotate.h>
+#include <qxbase/qxccombineextract.h>
 
 #endif  // QXBASE_QXBASE_H

@@ -1,0 +1,230 @@
+// The YUYV turns against a plain per-pixel model of the picture, the
+// padding rules, and the 4:4:4 helpers.
+#include <qxbase/qxcrotate.h>
+
+#include <gtest/gtest.h>
+
+#include "bufferengine/guardedbuffer.h"
+
+namespace {
+
+// A YUYV picture read pixel by pixel.
+struct SYuyvView {
+    const unsigned char* pucData;
+    unsigned int uiPitch;
+    unsigned char Luma(unsigned int x, unsigned int y) const { return pucData[size_t(y) * uiPitch + 2 * x]; }
+    unsigned char Cb(unsigned int x, unsigned int y) const { return pucData[size_t(y) * uiPitch + (x / 2) * 4 + 1]; }
+    unsigned char Cr(unsigned int x, unsigned int y) const { return pucData[size_t(y) * uiPitch + (x / 2) * 4 + 3]; }
+};
+
+// The turned pair at (pair k, row r) of the destination, from the model: the
+// two lumas of the pixels that land there, and the chroma of the source row
+// the kernel is meant to take it from.
+void ExpectTurned(const SYuyvView& in_oSource, const SYuyvView& in_oTurned, unsigned int in_uiWidth,
+                  unsigned int in_uiHeight, unsigned int in_uiDegrees)
+{
+    const unsigned int uiRows = in_uiDegrees == 180 ? in_uiHeight : in_uiWidth;
+    const unsigned int uiColumns = in_uiDegrees == 180 ? in_uiWidth : in_uiHeight;
+    for (unsigned int r = 0; r < uiRows; ++r) {
+        for (unsigned int k = 0; k < uiColumns / 2; ++k) {
+            unsigned int x0, y0, x1, y1, xc, yc;
+            if (in_uiDegrees == 90) {  // clockwise: (j, r) comes from (r, H - 1 - j)
+                x0 = x1 = xc = r;
+                y0 = in_uiHeight - 1 - 2 * k;
+                y1 = y0 - 1;
+                yc = r % 2 == 0 ? y0 : y1;
+            } else if (in_uiDegrees == 270) {  // (j, r) comes from (W - 1 - r, j)
+                x0 = x1 = xc = in_uiWidth - 1 - r;
+                y0 = 2 * k;
+                y1 = y0 + 1;
+                yc = r % 2 == 1 ? y0 : y1;
+            } else {  // (j, r) comes from (W - 1 - j, H - 1 - r)
+                y0 = y1 = yc = in_uiHeight - 1 - r;
+                x0 = in_uiWidth - 1 - 2 * k;
+                x1 = x0 - 1;
+                xc = x1;
+            }
+            ASSERT_EQ(in_oTurned.Luma(2 * k, r), in_oSource.Luma(x0, y0)) << "row " << r << " pair " << k;
+            ASSERT_EQ(in_oTurned.Luma(2 * k + 1, r), in_oSource.Luma(x1, y1)) << "row " << r << " pair " << k;
+            ASSERT_EQ(in_oTurned.Cb(2 * k, r), in_oSource.Cb(xc, yc)) << "row " << r << " pair " << k;
+            ASSERT_EQ(in_oTurned.Cr(2 * k, r), in_oSource.Cr(xc, yc)) << "row " << r << " pair " << k;
+        }
+    }
+}
+
+struct SSize {
+    unsigned int uiWidth, uiHeight, uiSourcePad, uiDestinationPad;
+};
+
+const SSize kSizes[] = {{2, 2, 0, 0}, {6, 4, 4, 8}, {48, 30, 0, 12}, {64, 36, 32, 0}, {18, 50, 6, 2}};
+
+TEST(RotateKernels, QuarterTurnsMatchThePixelModelAndPadRowsWith0x10)
+{
+    std::mt19937 oRandom = SeededRandom("RotateKernels.QuarterTurns");
+    for (const SSize& s : kSizes) {
+        for (unsigned int uiDegrees : {90u, 270u}) {
+            SCOPED_TRACE(testing::Message() << s.uiWidth << "x" << s.uiHeight << " by " << uiDegrees);
+            const unsigned int uiSourcePitch = 2 * s.uiWidth + s.uiSourcePad;
+            const unsigned int uiTurnedPitch = 2 * s.uiHeight + s.uiDestinationPad;
+            CGuardedBuffer oSource(size_t(uiSourcePitch) * s.uiHeight);
+            CGuardedBuffer oTurned(size_t(uiTurnedPitch) * s.uiWidth, 0, 0xCC);
+            oSource.FillRandom(oRandom);
+            auto pfnTurn = uiDegrees == 90 ? rotateYuv422To90 : rotateYuv422To270;
+            pfnTurn(oSource.Data(), oTurned.Data(), s.uiWidth, s.uiHeight, uiSourcePitch, uiTurnedPitch, 0,
+                    s.uiWidth);
+            ExpectTurned({oSource.Data(), uiSourcePitch}, {oTurned.Data(), uiTurnedPitch}, s.uiWidth, s.uiHeight,
+                         uiDegrees);
+            for (unsigned int r = 0; r < s.uiWidth; ++r)
+                for (unsigned int x = 2 * s.uiHeight; x < uiTurnedPitch; ++x)
+                    ASSERT_EQ(oTurned[size_t(r) * uiTurnedPitch + x], 0x10) << "padding of row " << r;
+            EXPECT_TRUE(oTurned.GuardsIntact());
+        }
+    }
+}
+
+TEST(RotateKernels, StripsOfColumnsWriteOnlyTheirOwnRowsAndAddUpToTheWholeTurn)
+{
+    std::mt19937 oRandom = SeededRandom("RotateKernels.Strips");
+    const unsigned int uiWidth = 40, uiHeight = 24, uiSourcePitch = 96, uiTurnedPitch = 56;
+    CGuardedBuffer oSource(size_t(uiSourcePitch) * uiHeight);
+    oSource.FillRandom(oRandom);
+    for (auto pfnTurn : {rotateYuv422To90, rotateYuv422To270}) {
+        CGuardedBuffer oWhole(size_t(uiTurnedPitch) * uiWidth, 0, 0xCC);
+        CGuardedBuffer oStrips(size_t(uiTurnedPitch) * uiWidth, 0, 0xCC);
+        pfnTurn(oSource.Data(), oWhole.Data(), uiWidth, uiHeight, uiSourcePitch, uiTurnedPitch, 0, uiWidth);
+        // One strip alone touches its rows only.
+        pfnTurn(oSource.Data(), oStrips.Data(), uiWidth, uiHeight, uiSourcePitch, uiTurnedPitch, 16, 32);
+        for (unsigned int r = 0; r < uiWidth; ++r) {
+            const bool bInStrip = r >= 16 && r < 32;
+            for (unsigned int x = 0; x < uiTurnedPitch; ++x) {
+                const size_t i = size_t(r) * uiTurnedPitch + x;
+                ASSERT_EQ(oStrips[i], bInStrip ? oWhole[i] : 0xCC) << "row " << r << " byte " << x;
+            }
+        }
+        pfnTurn(oSource.Data(), oStrips.Data(), uiWidth, uiHeight, uiSourcePitch, uiTurnedPitch, 0, 16);
+        pfnTurn(oSource.Data(), oStrips.Data(), uiWidth, uiHeight, uiSourcePitch, uiTurnedPitch, 32, 40);
+        EXPECT_EQ(oStrips.Bytes(), oWhole.Bytes());
+        EXPECT_TRUE(oStrips.GuardsIntact());
+    }
+}
+
+TEST(RotateKernels, EachPassWritesOnlyTheBytesOfItsSourceRow)
+{
+    // A source whose odd rows are all 0x01 and even rows all 0x02 shows
+    // which pass wrote which byte of a pair.
+    const unsigned int uiWidth = 4, uiHeight = 4, uiPitch = 8;
+    unsigned char aucSource[uiPitch * uiHeight];
+    for (unsigned int y = 0; y < uiHeight; ++y) std::memset(aucSource + y * uiPitch, y % 2 ? 0x01 : 0x02, uiPitch);
+    // 90 degrees: the odd-rows pass reads row a (odd for an even height);
+    // an even column takes luma, Cb and Cr from it, an odd column its luma.
+    unsigned char aucTurned[uiPitch * uiWidth];
+    std::memset(aucTurned, 0, sizeof(aucTurned));
+    rotatePixelPairInOddRows90(aucSource, aucTurned, uiWidth, uiHeight, uiPitch, uiPitch, 0, uiWidth);
+    const unsigned char aucEvenColumn[4] = {0x01, 0x01, 0x00, 0x01};
+    const unsigned char aucOddColumn[4] = {0x01, 0x00, 0x00, 0x00};
+    EXPECT_EQ(0, std::memcmp(aucTurned, aucEvenColumn, 4));
+    EXPECT_EQ(0, std::memcmp(aucTurned + uiPitch, aucOddColumn, 4));
+    rotatePixelPairInEvenRows90(aucSource, aucTurned, uiWidth, uiHeight, uiPitch, uiPitch, 0, uiWidth);
+    const unsigned char aucEvenColumnBoth[4] = {0x01, 0x01, 0x02, 0x01};
+    const unsigned char aucOddColumnBoth[4] = {0x01, 0x02, 0x02, 0x02};
+    EXPECT_EQ(0, std::memcmp(aucTurned, aucEvenColumnBoth, 4));
+    EXPECT_EQ(0, std::memcmp(aucTurned + uiPitch, aucOddColumnBoth, 4));
+}
+
+TEST(RotateKernels, HalfTurnMatchesThePixelModelAndLeavesPaddingAlone)
+{
+    // The documented 4 x 1 case.
+    unsigned char aucSource[8] = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'};
+    unsigned char aucTurned[8] = {};
+    rotateYuv422To180(aucSource, aucTurned, 4, 1, 8);
+    const unsigned char aucExpected[8] = {'g', 'f', 'e', 'h', 'c', 'b', 'a', 'd'};
+    EXPECT_EQ(0, std::memcmp(aucTurned, aucExpected, 8));
+
+    std::mt19937 oRandom = SeededRandom("RotateKernels.HalfTurn");
+    for (const SSize& s : kSizes) {
+        SCOPED_TRACE(testing::Message() << s.uiWidth << "x" << s.uiHeight);
+        const unsigned int uiPitch = 2 * s.uiWidth + s.uiSourcePad;
+        CGuardedBuffer oSource(size_t(uiPitch) * s.uiHeight), oTurned(size_t(uiPitch) * s.uiHeight, 0, 0xCC);
+        oSource.FillRandom(oRandom);
+        rotateYuv422To180(oSource.Data(), oTurned.Data(), s.uiWidth, s.uiHeight, uiPitch);
+        ExpectTurned({oSource.Data(), uiPitch}, {oTurned.Data(), uiPitch}, s.uiWidth, s.uiHeight, 180);
+        for (unsigned int y = 0; y < s.uiHeight; ++y)
+            for (unsigned int x = 2 * s.uiWidth; x < uiPitch; ++x) ASSERT_EQ(oTurned[size_t(y) * uiPitch + x], 0xCC);
+        EXPECT_TRUE(oTurned.GuardsIntact());
+    }
+
+    // A zero width writes nothing.
+    CGuardedBuffer oUntouched(64, 0, 0xCC);
+    rotateYuv422To180(aucSource, oUntouched.Data(), 0, 2, 32);
+    EXPECT_EQ(oUntouched.Bytes(), std::vector<unsigned char>(64, 0xCC));
+}
+
+TEST(RotateKernels, PaddingCountsAndClearToBlack)
+{
+    EXPECT_EQ(calculateSkippedBytesForRotate90Or270(1920, 1080, 2 * 1080 + 8), 8u);
+    EXPECT_EQ(calculateSkippedBytesForRotate90Or270(1920, 1080, 2 * 1080), 0u);
+    EXPECT_EQ(calculateSkippedBytesForRotate90Or270(1920, 1080, 100), 0u);
+    EXPECT_EQ(calculateSkippedBytesForRotate180(1920, 1080, 4096), (2048u - 1920u) * 2);
+    EXPECT_EQ(calculateSkippedBytesForRotate180(1920, 1080, 3840), 0u);
+
+    unsigned char aucRow[12];
+    std::memset(aucRow, 0xEE, sizeof(aucRow));
+    unsigned int uiCursor = 2;
+    clearToBlack(aucRow, 5, uiCursor);  // rounds up to 3 words
+    EXPECT_EQ(uiCursor, 8u);
+    const unsigned char aucExpected[12] = {0xEE, 0xEE, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0xEE, 0xEE, 0xEE, 0xEE};
+    EXPECT_EQ(0, std::memcmp(aucRow, aucExpected, sizeof(aucRow)));
+    clearToBlack(aucRow, 0, uiCursor);
+    EXPECT_EQ(uiCursor, 8u);
+}
+
+TEST(RotateKernels, Yuv444TurnsAndConversions)
+{
+    // 2 rows of 3 pixels; pixel (x, y) holds bytes 10y+x, +100, +200.
+    const unsigned int uiRows = 2, uiColumns = 3;
+    unsigned char aucSource[uiRows * uiColumns * 3];
+    for (unsigned int y = 0; y < uiRows; ++y)
+        for (unsigned int x = 0; x < uiColumns; ++x)
+            for (unsigned int c = 0; c < 3; ++c) aucSource[(y * uiColumns + x) * 3 + c] = (unsigned char)(10 * y + x + 100 * c);
+    // Turned clockwise, the destination is 2 wide and 3 tall: (x, y) comes
+    // from source (y, rows - 1 - x); counter-clockwise from (columns - 1 - y, x).
+    unsigned char aucClockwise[sizeof(aucSource)], aucCounter[sizeof(aucSource)];
+    rotateYuv444To90(aucSource, aucClockwise, uiRows, uiColumns);
+    rotateYuv444To270(aucSource, aucCounter, uiRows, uiColumns);
+    for (unsigned int y = 0; y < uiColumns; ++y)
+        for (unsigned int x = 0; x < uiRows; ++x) {
+            EXPECT_EQ(aucClockwise[(y * uiRows + x) * 3], 10 * (uiRows - 1 - x) + y) << x << "," << y;
+            EXPECT_EQ(aucCounter[(y * uiRows + x) * 3], 10 * x + (uiColumns - 1 - y)) << x << "," << y;
+            EXPECT_EQ(aucCounter[(y * uiRows + x) * 3 + 2], 200 + 10 * x + (uiColumns - 1 - y));
+        }
+
+    // 4:2:2 -> 4:4:4 duplicates chroma; back to 4:2:2 keeps the first pixel's.
+    const unsigned char aucPairs[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+    unsigned char aucWide[12];
+    convertYuv422ToYuv444(const_cast<unsigned char*>(aucPairs), aucWide, 4, 1);
+    const unsigned char aucWideExpected[12] = {1, 2, 4, 3, 2, 4, 5, 6, 8, 7, 6, 8};
+    EXPECT_EQ(0, std::memcmp(aucWide, aucWideExpected, 12));
+    unsigned char aucNarrow[8] = {};
+    convertYuv444ToYuv422(aucWide, aucNarrow, 4, 1, 2);  // pitch / 2 = height: no skip
+    EXPECT_EQ(0, std::memcmp(aucNarrow, aucPairs, 8));
+    unsigned char aucNothing[6] = {9, 9, 9, 9, 9, 9};
+    convertYuv422ToYuv444(const_cast<unsigned char*>(aucPairs), aucNothing, 1, 1);
+    EXPECT_EQ(aucNothing[0], 9);
+
+    // The skip after each row is measured against the height: 2 rows of 4
+    // pixels with pitch 16 skip (8 - 2) x 2 = 12 bytes after each 8-byte row.
+    unsigned char aucTwoRows[24];
+    const unsigned char aucWideRows[24] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24};
+    unsigned char aucOut[40];
+    std::memset(aucOut, 0xEE, sizeof(aucOut));
+    std::memcpy(aucTwoRows, aucWideRows, 24);
+    convertYuv444ToYuv422(aucTwoRows, aucOut, 4, 2, 16);
+    const unsigned char aucRow0[8] = {1, 2, 4, 3, 7, 8, 10, 9};
+    const unsigned char aucRow1[8] = {13, 14, 16, 15, 19, 20, 22, 21};
+    EXPECT_EQ(0, std::memcmp(aucOut, aucRow0, 8));
+    EXPECT_EQ(0, std::memcmp(aucOut + 20, aucRow1, 8));
+    EXPECT_EQ(aucOut[8], 0xEE);
+    EXPECT_EQ(aucOut[19], 0xEE);
+}
+
+}  // namespace
