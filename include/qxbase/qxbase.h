@@ -13,5 +13,6 @@
 #include <qxbase/qxcgenericcopy.h>
 #include <qxbase/qxcrotate.h>
 #include <qxbase/qxccombineextract.h>
+#include <qxbase/qxchostsurface.h>
 
 #endif  // QXBASE_QXBASE_H
