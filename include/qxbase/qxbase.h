@@ -14,5 +14,7 @@
 #include <qxbase/qxcrotate.h>
 #include <qxbase/qxccombineextract.h>
 #include <qxbase/qxchostsurface.h>
+#include <qxbase/qxhelper.h>
+#include <qxbase/qxflexenginehelper.h>
 
 #endif  // QXBASE_QXBASE_H
