@@ -3,7 +3,7 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS qxbase
+install(TARGETS qxbase qxbase_modulekit
   EXPORT qxbaseTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -21,6 +21,8 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/qxbaseConfigVersion
 install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/qxbaseConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/qxbaseConfigVersion.cmake
+  cmake/QxbaseModule.cmake
+  cmake/qxbase_module.map
   DESTINATION ${QXBASE_CMAKE_DIR})
 
 configure_file(cmake/qxbase.pc.in ${CMAKE_CURRENT_BINARY_DIR}/qxbase.pc @ONLY)

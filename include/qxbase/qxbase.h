@@ -7,6 +7,9 @@
 #include <qxbase/qxerrors.h>
 #include <qxbase/qxguids.h>
 #include <qxbase/qxunknown.h>
+#include <qxbase/qxclassfactory.h>
+#include <qxbase/qxregistry.h>
+#include <qxbase/qxinifile.h>
 #include <qxbase/qxenums.h>
 #include <qxbase/qxdescriptions.h>
 #include <qxbase/qxinterfaces.h>

@@ -1,0 +1,385 @@
+// The INI file: the reader's rules, the written form, byte-exact round trips,
+// the deliberate behaviours, and text that is not ASCII or not even UTF-8.
+#include <qxbase/qxinifile.h>
+
+#include "support/qxtest_support.h"
+#include "util/qxtext.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <random>
+
+namespace {
+
+using NQxTest::CStdoutCapture;
+using NQxTest::CTempDir;
+using NQxTest::ReadFile;
+using NQxTest::WriteFile;
+
+// Loads in_strBytes from a file and writes it back; returns the written bytes.
+std::string RoundTrip(const CTempDir& in_dir, const std::string& in_strBytes)
+{
+    const std::string strPath = in_dir.File("roundtrip.ini");
+    WriteFile(strPath, in_strBytes);
+    {
+        CQxIniFile ini(strPath, false);
+        EXPECT_TRUE(ini.Save());
+    }
+    return ReadFile(strPath);
+}
+
+TEST(IniFileReader, ParsesHeadersRecordsAndCommentsByTheRules)
+{
+    CTempDir dir;
+    const std::string strPath = dir.File("a.ini");
+    WriteFile(strPath,
+              "#comment\n"
+              "\n"
+              "  [S]  trailing\r\n"
+              "k=v\n"
+              "a = b\n"
+              ";c=d\n"
+              "# [T\n"
+              "loose line\n"
+              "; plain comment\n"
+              "x=1\n"
+              "; dangling\n");
+    CQxIniFile ini(strPath, false);
+    const auto vec = ini.GetSection(L"S");
+    ASSERT_EQ(vec.size(), 4u);
+    EXPECT_EQ(vec[0].Comments, L"#comment\n");
+    EXPECT_EQ(vec[0].Key, L"");
+    EXPECT_EQ(vec[0].CommentChar, L' ');
+    EXPECT_EQ(vec[1].Key, L"k");
+    EXPECT_EQ(vec[1].Value, L"v");
+    // Key and value keep the spaces around '='.
+    EXPECT_EQ(vec[2].Key, L"a ");
+    EXPECT_EQ(vec[2].Value, L" b");
+    EXPECT_EQ(vec[3].CommentChar, L';');
+    EXPECT_EQ(vec[3].Key, L"c");
+    EXPECT_EQ(ini.GetString(L"c", L"S", L"none"), L"d");  // commented records are found too
+
+    // "# [T" is a commented-out header whose name lacks the closing bracket.
+    const auto vecT = ini.GetSection(L"T");
+    ASSERT_EQ(vecT.size(), 2u);
+    EXPECT_EQ(vecT[0].CommentChar, L'#');
+    // The plain comment waited for the next record.
+    EXPECT_EQ(vecT[1].Key, L"x");
+    EXPECT_EQ(vecT[1].Comments, L"; plain comment\n");
+    // A line that is neither header nor record is kept as a record with empty
+    // section, key and value when no comment is pending; it then reads (and
+    // is written) as a header of the empty section.
+    const auto vecLoose = ini.GetSection(L"");
+    ASSERT_EQ(vecLoose.size(), 1u);
+    EXPECT_EQ(vecLoose[0].Key, L"");
+    EXPECT_EQ(vecLoose[0].Value, L"");
+    // The trailing comment is lost.
+    EXPECT_EQ(ini.Content(),
+              L"#comment\n[S]\nk=v\na = b\n;c=d\n#[T]\n[]\n; plain comment\nx=1\n");
+}
+
+TEST(IniFileReader, QuirksOfBracketAndEqualsHandling)
+{
+    CTempDir dir;
+    const std::string strPath = dir.File("q.ini");
+    // '[' anywhere makes a header and drops the first character whatever it
+    // is; '=' in the header's name then turns the line into a record.
+    WriteFile(strPath, "x[y]z\n[a=b]\nk=[v]\n");
+    CQxIniFile ini(strPath, false);
+    EXPECT_TRUE(ini.SectionExists(L"[y"));
+    EXPECT_EQ(ini.GetString(L"a", L"a=b", L"?"), L"b");
+    // "k=[v]" holds a '[': it becomes the header "=[v" and then, holding an
+    // '=', the record with an empty key and the value "[v".
+    const auto vec = ini.GetSection(L"=[v");
+    ASSERT_EQ(vec.size(), 1u);
+    EXPECT_EQ(vec[0].Key, L"");
+    EXPECT_EQ(vec[0].Value, L"[v");
+}
+
+TEST(IniFileRoundTrip, WrittenFilesComeBackByteForByte)
+{
+    CTempDir dir;
+    // The written form: every active line starts with one space.
+    const std::string strRegistry = " [CLSID]\n {A}=/x.so\n";
+    EXPECT_EQ(RoundTrip(dir, strRegistry), strRegistry);
+
+    EXPECT_EQ(RoundTrip(dir, "#comment\n[S]\nk=v\n"), "#comment\n [S]\n k=v\n");
+    EXPECT_EQ(RoundTrip(dir, "[S]\n;k=v\n"), " [S]\n;k=v\n");
+    // Blank lines and trailing comments vanish.
+    EXPECT_EQ(RoundTrip(dir, "\n\n[S]\n\n\nk=v\n# gone\n"), " [S]\n k=v\n");
+
+    const std::string strMixed = "# head\n; two\n [S]\n k=v\n#c=d\n [T]\n;[U]\n u=\xC3\xA9t\xC3\xA9\n";
+    EXPECT_EQ(RoundTrip(dir, strMixed), strMixed);
+    // A second pass changes nothing either.
+    EXPECT_EQ(RoundTrip(dir, RoundTrip(dir, "[S]\r\nk=v\r\n")), " [S]\n k=v\n");
+}
+
+TEST(IniFileRoundTrip, NonAsciiAndInvalidBytesSurviveWhateverTheLocale)
+{
+    CTempDir dir;
+    ASSERT_NE(setlocale(LC_ALL, "C"), nullptr);
+    const std::string strPath = dir.File("u.ini");
+    // UTF-8 for "módulo-テスト" and a 4-byte character, then bytes that are
+    // not UTF-8 at all (a lone continuation byte, a truncated sequence, an
+    // overlong form, a NUL).
+    const std::string strValue = "/m\xC3\xB3" "dulo-\xE3\x83\x86\xE3\x82\xB9\xE3\x83\x88/\xF0\x9F\x8E\xA5.so";
+    const std::string strBroken = std::string("\x80z\xE3\x83 \xC0\xAF") + '\0' + "end";
+    WriteFile(strPath, " [CLSID]\n {A}=" + strValue + "\n b=" + strBroken + "\n");
+    {
+        CQxIniFile ini(strPath, false);
+        const std::wstring strWide = ini.GetString(L"{A}", L"CLSID");
+        EXPECT_EQ(strWide, L"/m\u00F3dulo-\u30C6\u30B9\u30C8/\U0001F3A5.so");
+        EXPECT_TRUE(ini.Save());
+    }
+    EXPECT_EQ(ReadFile(strPath), " [CLSID]\n {A}=" + strValue + "\n b=" + strBroken + "\n");
+
+    // Written from wide text, read back as the same characters.
+    {
+        CQxIniFile ini(strPath, true);
+        ini.SetString(L"\u00E9t\u00E9", L"S\u00DF", L"\u4E2D\u6587");
+    }
+    CQxIniFile again(strPath, false);
+    EXPECT_EQ(again.GetString(L"\u00E9t\u00E9", L"S\u00DF"), L"\u4E2D\u6587");
+    EXPECT_NE(ReadFile(strPath).find(" \xC3\xA9t\xC3\xA9=\xE4\xB8\xAD\xE6\x96\x87\n"), std::string::npos);
+}
+
+TEST(IniFileRoundTrip, RandomFilesReachAFixedPointAfterOneSave)
+{
+    // Random sections, records, comments and blank lines, with names and
+    // values drawn from bytes that include invalid UTF-8 and control
+    // characters but none of the structural ones. What was written once is
+    // written again unchanged and reads back the same values.
+    CTempDir dir;
+    const std::string strPath = dir.File("r.ini");
+    const unsigned uiSeed = 20240601;
+    std::mt19937 rng(uiSeed);
+    auto randomText = [&](size_t uiMax) {
+        std::string str;
+        const size_t uiLength = 1 + rng() % uiMax;
+        while (str.size() < uiLength) {
+            const char c = static_cast<char>(rng());
+            if (c != '[' && c != ']' && c != '=' && c != '\n' && c != '\r' && c != ' ' && c != '\t')
+                str += c;
+        }
+        return str;
+    };
+    for (int round = 0; round < 50; ++round) {
+        std::string strFile;
+        std::string strSection = "first";
+        std::vector<std::pair<std::string, std::string>> vecExpected;  // "section\1key" -> value
+        strFile += "[first]\n";
+        for (int line = 0; line < 40; ++line) {
+            switch (rng() % 5) {
+            case 0:
+                strSection = randomText(12);
+                if (strSection[0] == '#' || strSection[0] == ';') strSection[0] = 'S';
+                strFile += "  [" + strSection + "]\r\n";
+                break;
+            case 1:
+                strFile += "#" + randomText(30) + "\n";
+                break;
+            case 2:
+                strFile += "\n \t\n";
+                break;
+            default: {
+                std::string strKey = randomText(10);
+                if (strKey[0] == '#' || strKey[0] == ';') strKey[0] = 'k';
+                const std::string strValue = randomText(40);
+                strFile += strKey + "=" + strValue + "\n";
+                vecExpected.emplace_back(strSection + '\1' + strKey, strValue);
+            }
+            }
+        }
+        const std::string strFirst = RoundTrip(dir, strFile);
+        EXPECT_EQ(RoundTrip(dir, strFirst), strFirst) << "seed " << uiSeed << " round " << round;
+        WriteFile(strPath, strFirst);
+        CQxIniFile ini(strPath, false);
+        for (const auto& [strWhere, strValue] : vecExpected) {
+            const size_t uiCut = strWhere.find('\1');
+            const std::wstring strKey = NQxText::DecodeUtf8(strWhere.substr(uiCut + 1));
+            const std::wstring strSectionName = NQxText::DecodeUtf8(strWhere.substr(0, uiCut));
+            // The first record of a key wins; only check keys seen once.
+            if (ini.GetRecord(strKey, strSectionName).size() != 1) continue;
+            EXPECT_EQ(ini.GetString(strKey, strSectionName, L"<none>"), NQxText::DecodeUtf8(strValue));
+        }
+    }
+}
+
+TEST(IniFileRoundTrip, GarbageAndHugeLinesLoadWithoutHarm)
+{
+    CTempDir dir;
+    const std::string strPath = dir.File("g.ini");
+    std::mt19937 rng(1234);
+    for (int round = 0; round < 20; ++round) {
+        std::string strBytes(4096, '\0');
+        for (char& c : strBytes) c = static_cast<char>(rng());
+        WriteFile(strPath, strBytes);
+        CQxIniFile ini(strPath, false);
+        EXPECT_TRUE(ini.Save());
+        // Whatever came of it is a file the reader takes again.
+        CQxIniFile reread(strPath, false);
+        EXPECT_EQ(reread.GetSections().size(), ini.GetSections().size()) << "seed 1234 round " << round;
+    }
+
+    const std::string strLongValue(1 << 20, 'v');
+    WriteFile(strPath, "[S]\nk=" + strLongValue + "\n" + std::string(1 << 20, 'x') + "\n");
+    CQxIniFile ini(strPath, false);
+    EXPECT_EQ(ini.GetString(L"k", L"S").size(), strLongValue.size());
+}
+
+TEST(IniFileWriter, AutoSaveWritesAtOnceAndTheDestructorWritesTheRest)
+{
+    CTempDir dir;
+    const std::string strPath = dir.File("w.ini");
+    {
+        CQxIniFile ini(strPath, true);
+        EXPECT_FALSE(NQxTest::FileExists(strPath));
+        EXPECT_TRUE(ini.SetString(L"k", L"S", L"v"));
+        EXPECT_EQ(ReadFile(strPath), " [S]\n k=v\n");
+    }
+    {
+        CQxIniFile ini(strPath, false);
+        EXPECT_TRUE(ini.SetString(L"k", L"S", L"w"));
+        EXPECT_EQ(ReadFile(strPath), " [S]\n k=v\n");  // not yet
+        // Save(false) reports success and writes nothing.
+        EXPECT_TRUE(ini.Save(false));
+        EXPECT_EQ(ReadFile(strPath), " [S]\n k=v\n");
+    }
+    EXPECT_EQ(ReadFile(strPath), " [S]\n k=w\n");
+
+    // Only a change marks the object: loading and reading writes nothing.
+    WriteFile(strPath, "[S]\n\nk=v\n");
+    { CQxIniFile ini(strPath, false); EXPECT_EQ(ini.GetString(L"k", L"S"), L"v"); }
+    EXPECT_EQ(ReadFile(strPath), "[S]\n\nk=v\n");
+}
+
+TEST(IniFileWriter, UnwritableFileReportsAndReturnsFalse)
+{
+    CTempDir dir;
+    // A folder in place of the file: it cannot be opened for writing (even
+    // by root).
+    const std::string strPath = dir.File("folder.ini");
+    ASSERT_EQ(mkdir(strPath.c_str(), 0755), 0);
+    CQxIniFile ini(strPath, false);
+    ini.SetString(L"k", L"S", L"v");
+    CStdoutCapture capture;
+    EXPECT_FALSE(ini.Save());
+    EXPECT_EQ(capture.Text(), "Unable to open " + strPath + " for writing\n");
+    EXPECT_EQ(ini.GetString(L"k", L"S"), L"v");  // kept in memory
+
+    // A file that cannot be opened for reading leaves an empty object, and a
+    // failed Load keeps the records there were.
+    CQxIniFile missing(dir.File("missing/none.ini"), false);
+    EXPECT_TRUE(missing.GetSectionNames().empty());
+    EXPECT_FALSE(missing.Load());
+}
+
+TEST(IniFileEditing, NewKeysGoBelowTheHeaderAndNewSectionsAtTheEnd)
+{
+    CTempDir dir;
+    const std::string strPath = dir.File("e.ini");
+    WriteFile(strPath, "[S]\n[T]\nt=1\n");
+    CQxIniFile ini(strPath, false);
+    ini.SetString(L"a", L"S", L"1");
+    ini.SetString(L"b", L"S", L"2");
+    ini.SetString(L"a", L"S", L"3");  // replaces in place
+    ini.SetString(L"u", L"U", L"4");
+    EXPECT_EQ(ini.Content(), L"[S]\nb=2\na=3\n[T]\nt=1\n[U]\nu=4\n");
+
+    // A section without a header still counts as existing: the key goes
+    // right after the section's first record.
+    WriteFile(strPath, "k=v\n");
+    CQxIniFile headless(strPath, false);
+    headless.SetString(L"n", L"", L"w");
+    EXPECT_EQ(headless.Content(), L"k=v\nn=w\n");
+
+    EXPECT_FALSE(ini.AddSection(L"T"));
+    EXPECT_TRUE(ini.AddSection(L"V"));
+    EXPECT_FALSE(ini.RenameSection(L"S", L"T"));
+    EXPECT_TRUE(ini.RenameSection(L"S", L"R"));
+    EXPECT_TRUE(ini.DeleteRecord(L"t", L"T"));
+    EXPECT_TRUE(ini.DeleteSection(L"U"));
+    EXPECT_TRUE(ini.DeleteRecord(L"absent", L"T"));
+    EXPECT_EQ(ini.Content(), L"[R]\nb=2\na=3\n[T]\n[V]\n");
+    EXPECT_EQ(ini.GetSectionNames(), (std::vector<std::wstring>{L"R", L"T", L"V"}));
+    EXPECT_EQ(ini.GetSections().size(), 3u);
+    EXPECT_TRUE(ini.RecordExists(L"a", L"R"));
+    EXPECT_FALSE(ini.RecordExists(L"a", L"r"));  // case-sensitive
+    EXPECT_EQ(ini.GetRecord(L"b", L"R").size(), 1u);
+    EXPECT_TRUE(ini.GetRecord(L"b", L"T").empty());
+}
+
+TEST(IniFileEditing, CommentingAndComments)
+{
+    CTempDir dir;
+    const std::string strPath = dir.File("c.ini");
+    WriteFile(strPath, "[S]\nk=v\nl=w\n");
+    CQxIniFile ini(strPath, false);
+
+    EXPECT_FALSE(ini.CommentRecord(CQxIniFile::Pound, L"x", L"S"));
+    EXPECT_TRUE(ini.CommentRecord(CQxIniFile::SemiColon, L"k", L"S"));
+    EXPECT_EQ(ini.Content(), L"[S]\n;k=v\nl=w\n");
+    EXPECT_TRUE(ini.UnCommentRecord(L"k", L"S"));
+    EXPECT_TRUE(ini.CommentSection(L'#', L"S"));
+    EXPECT_EQ(ini.Content(), L"#[S]\n#k=v\n#l=w\n");
+    EXPECT_TRUE(ini.UnCommentSection(L"S"));
+    EXPECT_FALSE(ini.CommentSection(L'#', L"nope"));
+
+    // Two or more characters always gain a newline, even when they already
+    // end in one; a single character never does.
+    EXPECT_TRUE(ini.SetRecordComments(L"# about k\n", L"k", L"S"));
+    EXPECT_TRUE(ini.SetRecordComments(L"#", L"l", L"S"));
+    EXPECT_TRUE(ini.SetSectionComments(L"# section", L"S"));
+    EXPECT_FALSE(ini.SetRecordComments(L"# x", L"missing", L"S"));
+    EXPECT_FALSE(ini.SetSectionComments(L"# x", L"missing"));
+    EXPECT_EQ(ini.Content(), L"# section\n[S]\n# about k\n\nk=v\n#l=w\n");
+    ASSERT_TRUE(ini.Save());
+    EXPECT_EQ(ReadFile(strPath), "# section\n [S]\n# about k\n\n k=v\n# l=w\n");
+}
+
+TEST(IniFileValues, LongLongKeepsItsDeliberateReading)
+{
+    CTempDir dir;
+    CQxIniFile ini(dir.File("n.ini"), false);
+    EXPECT_EQ(ini.GetLongLong(L"n", L"S", 77), 77u);
+    ini.SetString(L"n", L"S", L"123");
+    EXPECT_EQ(ini.GetLongLong(L"n", L"S", 77), 111u);
+    ini.SetString(L"n", L"S", L"90");
+    EXPECT_EQ(ini.GetLongLong(L"n", L"S"), 99u);
+    ini.SetString(L"n", L"S", L"");
+    EXPECT_EQ(ini.GetLongLong(L"n", L"S", 5), 5u);
+
+    EXPECT_TRUE(ini.SetLongLong(L"m", L"S", 18446744073709551615ull));
+    EXPECT_EQ(ini.GetString(L"m", L"S"), L"18446744073709551615");
+    EXPECT_TRUE(ini.SetLongLong(L"m", L"S", 4444));
+    EXPECT_EQ(ini.GetLongLong(L"m", L"S"), 4444u);
+    // Non-digits are not checked; the arithmetic wraps instead of failing.
+    ini.SetString(L"m", L"S", L"/x");
+    EXPECT_EQ(ini.GetLongLong(L"m", L"S"), static_cast<unsigned long long>(-11));
+}
+
+TEST(IniFileValues, TrimModes)
+{
+    const std::wstring strSet = L" \t\n\r";
+    std::wstring s = L" \t a b \r\n";
+    CQxIniFile::Trim(s, strSet, 0);
+    EXPECT_EQ(s, L"a b");
+    s = L"  a  ";
+    CQxIniFile::Trim(s, strSet, 1);
+    EXPECT_EQ(s, L"a  ");
+    s = L"  a  ";
+    CQxIniFile::Trim(s, strSet, 2);
+    EXPECT_EQ(s, L"  a");
+    s = L"  a  ";
+    CQxIniFile::Trim(s, strSet, 7);
+    EXPECT_EQ(s, L"  a");
+    s = L"  a  ";
+    CQxIniFile::Trim(s, strSet, -3);
+    EXPECT_EQ(s, L"a");
+    s = L" \t\r\n";
+    CQxIniFile::Trim(s, strSet, 1);
+    EXPECT_EQ(s, L"");
+}
+
+}  // namespace
