@@ -75,41 +75,71 @@ const SLayout kLayouts[] = {{1, 1, 0, 0, 0},      {3, 7, 8, 16, 0},     {16, 240
                             {5, 9, -8, 0, 0},     {5, 9, -16, -8, -4},  {4, 5, 0, -16, 0},
                             {4, 5, -40, -20, 0},  {2, 3, -48, -32, -16}, {0, 4, 0, 0, 0}};
 
+// Each exported kernel with the scalar reference it must match.
+struct SKernel {
+    const char* pszName;
+    PFNQxcCombineExtractKernel pfnSimd;
+    PFNQxcCombineExtractKernel pfnScalar;
+    int iFillChunk, iCombinedChunk;
+    bool bCombine;
+};
+
+template <bool kCombine, int kFill, int kCombined, void (*kChunk)(unsigned char*, unsigned char*, unsigned char*)>
+void ScalarKernel(unsigned char* a, unsigned char* b, unsigned char* c, int l, int n, int sc, int sa, int sb)
+{
+    RunLines<kCombine, kFill, kCombined>(a, b, c, l, n, sc, sa, sb, kChunk);
+}
+
+template <void (*kChunk)(const unsigned char*, const unsigned char*, unsigned char*)>
+void CombineChunk(unsigned char* a, unsigned char* b, unsigned char* c)
+{
+    kChunk(a, b, c);
+}
+
+template <void (*kChunk)(unsigned char*, unsigned char*, const unsigned char*)>
+void ExtractChunk(unsigned char* a, unsigned char* b, unsigned char* c)
+{
+    kChunk(a, b, c);
+}
+
+const SKernel kKernels[] = {
+    {"combine", ConcurrencyCombine, ScalarKernel<true, 16, 24, CombineChunk<CombineChunkCPP<false>>>, 16, 24, true},
+    {"combine scaled", ConcurrencyCombineAlphaScaling,
+     ScalarKernel<true, 16, 24, CombineChunk<CombineChunkCPP<true>>>, 16, 24, true},
+    {"extract", ConcurrencyExtract, ScalarKernel<false, 16, 24, ExtractChunk<ExtractChunkCPP>>, 16, 24, false},
+    {"combine v210", ConcurrencyCombine_v210, ScalarKernel<true, 32, 48, CombineChunk<CombineChunkV210CPP<false>>>,
+     32, 48, true},
+    {"combine v210 scaled", ConcurrencyCombineAlphaScaling_v210,
+     ScalarKernel<true, 32, 48, CombineChunk<CombineChunkV210CPP<true>>>, 32, 48, true},
+    {"extract v210", ConcurrencyExtract_v210, ScalarKernel<false, 32, 48, ExtractChunk<ExtractChunkV210CPP>>, 32, 48,
+     false},
+};
+
 TEST(CombineKernels, Sse2MatchesTheScalarReferenceOnRandomLinesAndNeverLeavesItsLines)
 {
     std::mt19937 oRandom = SeededRandom("CombineKernels.Sse2");
-    for (const SLayout& l : kLayouts) {
-        SCOPED_TRACE(testing::Message() << l.iLines << " lines of " << l.iChunks << " chunks, skips C " << l.iSkipC
-                                        << " A " << l.iSkipA << " B " << l.iSkipB);
-        // Combine, both alpha modes.
-        for (bool bScale : {false, true}) {
-            SFrames oSimd(l.iLines, l.iChunks, l.iSkipC, l.iSkipA, l.iSkipB, 16, 24);
-            SFrames oScalar(l.iLines, l.iChunks, l.iSkipC, l.iSkipA, l.iSkipB, 16, 24);
-            oSimd.oA.FillRandom(oRandom);
-            oSimd.oB.FillRandom(oRandom);
+    for (const SKernel& k : kKernels) {
+        for (const SLayout& l : kLayouts) {
+            SCOPED_TRACE(testing::Message() << k.pszName << ": " << l.iLines << " lines of " << l.iChunks
+                                            << " chunks, skips C " << l.iSkipC << " A " << l.iSkipA << " B "
+                                            << l.iSkipB);
+            SFrames oSimd(l.iLines, l.iChunks, l.iSkipC, l.iSkipA, l.iSkipB, k.iFillChunk, k.iCombinedChunk);
+            SFrames oScalar(l.iLines, l.iChunks, l.iSkipC, l.iSkipA, l.iSkipB, k.iFillChunk, k.iCombinedChunk);
+            // Inputs random, outputs pre-filled with the same random bytes so
+            // that bytes a kernel must not write are compared too.
+            for (CGuardedBuffer* p : {&oSimd.oA, &oSimd.oB, &oSimd.oC}) p->FillRandom(oRandom);
             std::memcpy(oScalar.oA.Data(), oSimd.oA.Data(), oSimd.oA.Size());
             std::memcpy(oScalar.oB.Data(), oSimd.oB.Data(), oSimd.oB.Size());
-            (bScale ? ConcurrencyCombineAlphaScaling : ConcurrencyCombine)(
-                oSimd.oA.Data(), oSimd.oB.Data(), oSimd.oC.Data(), l.iLines, l.iChunks, l.iSkipC, l.iSkipA, l.iSkipB);
-            RunLines<true, 16, 24>(oScalar.oA.Data(), oScalar.oB.Data(), oScalar.oC.Data(), l.iLines, l.iChunks,
-                                   l.iSkipC, l.iSkipA, l.iSkipB,
-                                   bScale ? CombineChunkCPP<true> : CombineChunkCPP<false>);
-            EXPECT_EQ(oSimd.oC.Bytes(), oScalar.oC.Bytes()) << "scale " << bScale;
-            EXPECT_TRUE(oSimd.oC.GuardsIntact());
+            std::memcpy(oScalar.oC.Data(), oSimd.oC.Data(), oSimd.oC.Size());
+            k.pfnSimd(oSimd.oA.Data(), oSimd.oB.Data(), oSimd.oC.Data(), l.iLines, l.iChunks, l.iSkipC, l.iSkipA,
+                      l.iSkipB);
+            k.pfnScalar(oScalar.oA.Data(), oScalar.oB.Data(), oScalar.oC.Data(), l.iLines, l.iChunks, l.iSkipC,
+                        l.iSkipA, l.iSkipB);
+            EXPECT_EQ(oSimd.oA.Bytes(), oScalar.oA.Bytes());
+            EXPECT_EQ(oSimd.oB.Bytes(), oScalar.oB.Bytes());
+            EXPECT_EQ(oSimd.oC.Bytes(), oScalar.oC.Bytes());
+            for (CGuardedBuffer* p : {&oSimd.oA, &oSimd.oB, &oSimd.oC}) EXPECT_TRUE(p->GuardsIntact());
         }
-        // Extract.
-        SFrames oSimd(l.iLines, l.iChunks, l.iSkipC, l.iSkipA, l.iSkipB, 16, 24);
-        SFrames oScalar(l.iLines, l.iChunks, l.iSkipC, l.iSkipA, l.iSkipB, 16, 24);
-        oSimd.oC.FillRandom(oRandom);
-        std::memcpy(oScalar.oC.Data(), oSimd.oC.Data(), oSimd.oC.Size());
-        ConcurrencyExtract(oSimd.oA.Data(), oSimd.oB.Data(), oSimd.oC.Data(), l.iLines, l.iChunks, l.iSkipC,
-                           l.iSkipA, l.iSkipB);
-        RunLines<false, 16, 24>(oScalar.oA.Data(), oScalar.oB.Data(), oScalar.oC.Data(), l.iLines, l.iChunks,
-                                l.iSkipC, l.iSkipA, l.iSkipB, ExtractChunkCPP);
-        EXPECT_EQ(oSimd.oA.Bytes(), oScalar.oA.Bytes());
-        EXPECT_EQ(oSimd.oB.Bytes(), oScalar.oB.Bytes());
-        EXPECT_TRUE(oSimd.oA.GuardsIntact());
-        EXPECT_TRUE(oSimd.oB.GuardsIntact());
     }
 }
 
@@ -148,6 +178,69 @@ TEST(CombineKernels, CombineThenExtractGivesBackTheFillAndTheKeyLuma)
             ASSERT_EQ(oFillOut[i], oFill[i]);
             ASSERT_EQ(oKeyOut[i], x % 2 == 0 ? oKey[i] : 0x80);
         }
+}
+
+// v210 groups built from known values: (Cb0 Y0 Cr0) (Y1 Cb1 Y2) (Cr1 Y3 Cb2)
+// (Y4 Cr2 Y5) with Y = 100 + 10 i, chroma 600 + 10 n.
+void MakeV210Chunk(const uint16_t in_ausLuma[12], const uint16_t in_ausChroma[12], unsigned char* out_puc)
+{
+    for (int g = 0; g < 2; ++g) {
+        const uint16_t* y = in_ausLuma + 6 * g;
+        const uint16_t* c = in_ausChroma + 6 * g;
+        const uint32_t auiWords[4] = {c[0] | uint32_t(y[0]) << 10 | uint32_t(c[1]) << 20,
+                                      y[1] | uint32_t(c[2]) << 10 | uint32_t(y[2]) << 20,
+                                      c[3] | uint32_t(y[3]) << 10 | uint32_t(c[4]) << 20,
+                                      y[4] | uint32_t(c[5]) << 10 | uint32_t(y[5]) << 20};
+        std::memcpy(out_puc + 16 * g, auiWords, 16);
+    }
+}
+
+TEST(CombineKernels, V210CombinedWordsCarryLumaChromaAndKeyOfEachPixel)
+{
+    uint16_t ausLuma[12], ausChroma[12], ausKey[12], ausGrey[12];
+    for (int i = 0; i < 12; ++i) {
+        ausLuma[i] = uint16_t(100 + 10 * i);
+        ausChroma[i] = uint16_t(600 + 10 * i);  // Cb for even pixels, Cr for odd
+        ausKey[i] = uint16_t(i * 90);
+        ausGrey[i] = 512;
+    }
+    unsigned char aucFill[32], aucKey[32], aucCombined[48];
+    MakeV210Chunk(ausLuma, ausChroma, aucFill);
+    MakeV210Chunk(ausKey, ausGrey, aucKey);
+
+    uint16_t ausOutLuma[12], ausOutChroma[12], ausOutKey[12];
+    format12pixelFromV210(aucFill, aucKey, ausOutLuma, ausOutChroma, ausOutKey);
+    for (int i = 0; i < 12; ++i) {
+        EXPECT_EQ(ausOutLuma[i], ausLuma[i]);
+        EXPECT_EQ(ausOutChroma[i], ausChroma[i]);
+        EXPECT_EQ(ausOutKey[i], ausKey[i]);
+    }
+
+    ConcurrencyCombine_v210(aucFill, aucKey, aucCombined, 1, 1, 0, 0, 0);
+    for (int i = 0; i < 12; ++i) {
+        uint32_t uiWord;
+        std::memcpy(&uiWord, aucCombined + 4 * i, 4);
+        EXPECT_EQ(uiWord, (uint32_t(ausLuma[i]) << 20) | (uint32_t(ausChroma[i]) << 10) | ausKey[i]) << "pixel " << i;
+    }
+
+    // Extract gives the fill back and a grey key with the alpha as luma.
+    unsigned char aucFillOut[32], aucKeyOut[32];
+    ConcurrencyExtract_v210(aucFillOut, aucKeyOut, aucCombined, 1, 1, 0, 0, 0);
+    EXPECT_EQ(0, std::memcmp(aucFillOut, aucFill, 32));
+    EXPECT_EQ(0, std::memcmp(aucKeyOut, aucKey, 32));
+
+    // Every 10-bit key luma through the scaling equals the formula.
+    for (int iLuma = 0; iLuma < 1024; ++iLuma) {
+        for (int i = 0; i < 12; ++i) ausKey[i] = uint16_t(iLuma);
+        MakeV210Chunk(ausKey, ausGrey, aucKey);
+        ConcurrencyCombineAlphaScaling_v210(aucFill, aucKey, aucCombined, 1, 1, 0, 0, 0);
+        const uint32_t uiExpected = iLuma <= 64 ? 0 : iLuma >= 940 ? 1023 : uint32_t(iLuma - 64) * 1023 / 876;
+        for (int i = 0; i < 12; ++i) {
+            uint32_t uiWord;
+            std::memcpy(&uiWord, aucCombined + 4 * i, 4);
+            ASSERT_EQ(uiWord & 0x3FF, uiExpected) << "luma " << iLuma << " pixel " << i;
+        }
+    }
 }
 
 }  // namespace
