@@ -25,5 +25,7 @@ install(FILES
   cmake/qxbase_module.map
   DESTINATION ${QXBASE_CMAKE_DIR})
 
+file(RELATIVE_PATH QXBASE_PC_PREFIX_FROM_PCDIR "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+string(REGEX REPLACE "/$" "" QXBASE_PC_PREFIX_FROM_PCDIR "${QXBASE_PC_PREFIX_FROM_PCDIR}")
 configure_file(cmake/qxbase.pc.in ${CMAKE_CURRENT_BINARY_DIR}/qxbase.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qxbase.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

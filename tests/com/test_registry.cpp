@@ -354,6 +354,36 @@ TEST_F(Creation, RegisteredWithTheToolAndCreatedByIdentifier)
     EXPECT_EQ(ReadFile(QX_CLASS_REGISTRY_PATH), " [CLSID]\n");
     EXPECT_EQ(CreateFails(CLSID_TestCounter), E_NOINTERFACE);
 }
+
+TEST(Qxregsvr, RefusesWhatItCannotRegisterWithAClearMessage)
+{
+    CTempDir dir;
+    CScopedEnv env("PLWUTILS", dir.Path().c_str());
+    WriteFile(dir.File("text.so"), "not an ELF file");
+    struct {
+        std::string strArgs;
+        int iStatus;
+        std::string strMessage;
+    } cases[] = {
+        {"", 2, "usage: qxregsvr [-u] MODULE.so"},
+        {"-u -u " + std::string(kModule), 2, "usage:"},
+        {dir.File("missing.so"), 4, dir.File("missing.so") + ": no such module file"},
+        {dir.Path(), 4, "no such module file"},
+        {dir.File("text.so"), 5, "is not a loadable module"},
+        {kLackingModule, 6, "has no DllRegisterServer entry point"},
+        {std::string("-u ") + kLackingModule, 6, "has no DllUnregisterServer entry point"},
+    };
+    std::string strOutput;
+    for (const auto& c : cases) {
+        EXPECT_EQ(RunRegsvr(c.strArgs, &strOutput), c.iStatus) << c.strArgs;
+        EXPECT_NE(strOutput.find(c.strMessage), std::string::npos) << c.strArgs << ": " << strOutput;
+    }
+    EXPECT_FALSE(NQxTest::FileExists(dir.File("CLSIDs")));
+
+    CScopedEnv unset("PLWUTILS", nullptr);
+    EXPECT_EQ(RunRegsvr(kModule, &strOutput), 3);
+    EXPECT_NE(strOutput.find("PLWUTILS is not set"), std::string::npos) << strOutput;
+}
 #endif
 
 }  // namespace
