@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -33,8 +35,8 @@ public:
     virtual int Value() = 0;
 };
 
-int g_iCreations = 0;
-int g_iDestructions = 0;
+std::atomic<int> g_iCreations{0};
+std::atomic<int> g_iDestructions{0};
 std::vector<std::string> g_vecCalls;  // init and register hook calls, in order
 HRESULT g_hrRegisterHook = S_OK;
 
@@ -287,6 +289,58 @@ TEST_F(ClassFactory, EntryPointRunsInitRoutinesForAttachAndDetachOnly)
     EXPECT_EQ(DllEntryPoint(99, 2, nullptr), 1);
     EXPECT_EQ(g_hInst, 4242);
     EXPECT_EQ(g_vecCalls, (std::vector<std::string>{"init+1", "init+4", "init-1", "init-4"}));
+}
+
+TEST_F(ClassFactory, ModuleCountersStayExactUnderConcurrentUse)
+{
+    // Each thread uses its own factory (a factory's own count is not
+    // shared between threads); objects, the live-object counter and the
+    // lock count are.
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 2000;
+    ITestValue* pShared = nullptr;
+    {
+        IClassFactory* pFactory = GetFactory(CLSID_Plain);
+        ASSERT_EQ(pFactory->CreateInstance(nullptr, IID_ITestValue, reinterpret_cast<void**>(&pShared)),
+                  S_OK);
+        pFactory->Release();
+    }
+    std::atomic<bool> bGo{false};
+    std::atomic<int> iFailures{0};
+    std::vector<std::thread> vecThreads;
+    for (int t = 0; t < kThreads; ++t) {
+        vecThreads.emplace_back([&] {
+            while (!bGo.load()) {
+            }
+            IClassFactory* pFactory = nullptr;
+            if (DllGetClassObject(CLSID_Plain, IID_IClassFactory, reinterpret_cast<void**>(&pFactory)) != S_OK) {
+                ++iFailures;
+                return;
+            }
+            for (int i = 0; i < kRounds; ++i) {
+                pFactory->LockServer(1);
+                ITestValue* pValue = nullptr;
+                if (pFactory->CreateInstance(nullptr, IID_ITestValue, reinterpret_cast<void**>(&pValue)) != S_OK)
+                    ++iFailures;
+                else if (pValue->Value() != 7 || pValue->Release() != 0)
+                    ++iFailures;
+                pShared->AddRef();
+                pShared->Release();
+                pFactory->LockServer(0);
+            }
+            pFactory->Release();
+        });
+    }
+    bGo = true;
+    for (auto& thread : vecThreads) thread.join();
+    EXPECT_EQ(iFailures.load(), 0);
+    EXPECT_EQ(g_iCreations.load(), 1 + kThreads * kRounds);
+    EXPECT_EQ(g_iDestructions.load(), kThreads * kRounds);
+    EXPECT_EQ(CQxClassFactory::ms_i32LockedCount, 0);
+    EXPECT_EQ(static_cast<CValue*>(pShared)->Count(), 1);
+    EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
+    pShared->Release();
+    EXPECT_EQ(DllCanUnloadNow(), S_OK);
 }
 
 // --- registration -----------------------------------------------------------

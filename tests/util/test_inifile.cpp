@@ -361,25 +361,20 @@ TEST(IniFileValues, LongLongKeepsItsDeliberateReading)
 
 TEST(IniFileValues, TrimModes)
 {
-    const std::wstring strSet = L" \t\n\r";
-    std::wstring s = L" \t a b \r\n";
-    CQxIniFile::Trim(s, strSet, 0);
-    EXPECT_EQ(s, L"a b");
-    s = L"  a  ";
-    CQxIniFile::Trim(s, strSet, 1);
-    EXPECT_EQ(s, L"a  ");
-    s = L"  a  ";
-    CQxIniFile::Trim(s, strSet, 2);
-    EXPECT_EQ(s, L"  a");
-    s = L"  a  ";
-    CQxIniFile::Trim(s, strSet, 7);
-    EXPECT_EQ(s, L"  a");
-    s = L"  a  ";
-    CQxIniFile::Trim(s, strSet, -3);
-    EXPECT_EQ(s, L"a");
-    s = L" \t\r\n";
-    CQxIniFile::Trim(s, strSet, 1);
-    EXPECT_EQ(s, L"");
+    const struct {
+        const wchar_t* pszText;
+        int iMode;
+        const wchar_t* pszExpected;
+    } cases[] = {
+        {L" \t a b \r\n", 0, L"a b"}, {L"  a  ", 1, L"a  "},   {L"  a  ", 2, L"  a"},
+        {L"  a  ", 7, L"  a"},            {L"  a  ", -3, L"a"},   {L" \t\r\n", 1, L""},
+        {L" \t\r\n", 2, L""},            {L"a", 0, L"a"},        {L"", 0, L""},
+    };
+    for (const auto& c : cases) {
+        std::wstring s = c.pszText;
+        CQxIniFile::Trim(s, L" \t\n\r", c.iMode);
+        EXPECT_EQ(s, c.pszExpected) << "mode " << c.iMode;
+    }
 }
 
 }  // namespace
