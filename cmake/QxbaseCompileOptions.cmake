@@ -12,6 +12,16 @@ endif()
 # target attribute, so the baseline stays SSE2.
 add_compile_options(-msse2)
 
+# Prefer lld where the compiler has it: gold floods sanitizer links with
+# warnings about the runtime's local symbols and is slower.
+include(CheckCXXSourceCompiles)
+set(CMAKE_REQUIRED_LINK_OPTIONS -fuse-ld=lld)
+check_cxx_source_compiles("int main() { return 0; }" QXBASE_HAVE_LLD)
+unset(CMAKE_REQUIRED_LINK_OPTIONS)
+if(QXBASE_HAVE_LLD)
+  add_link_options(-fuse-ld=lld)
+endif()
+
 if(QXBASE_SANITIZE)
   string(REPLACE "," ";" _qx_san_list "${QXBASE_SANITIZE}")
   set(_qx_san_flags "-fsanitize=${QXBASE_SANITIZE}" -fno-omit-frame-pointer -g)
