@@ -17,6 +17,11 @@
 #include <qxbase/qxcrotate.h>
 #include <qxbase/qxccombineextract.h>
 #include <qxbase/qxchostsurface.h>
+#include <qxbase/qxcbufferenginecommon.h>
+#include <qxbase/qxcsurface.h>
+#include <qxbase/qxcblocksurfaces.h>
+#include <qxbase/qxcbuffersurfaces.h>
+#include <qxbase/qxcsurfacefactory.h>
 #include <qxbase/qxhelper.h>
 #include <qxbase/qxflexenginehelper.h>
 

@@ -1,0 +1,33 @@
+// The surface factory of the block family. Object alignment comes from the
+// classes themselves (16 bytes, except the 8-bit 4:2:2, 2VUY and AYCbCr block
+// surfaces, which need none beyond the allocator's), so a plain new-expression
+// allocates each correctly and frees it again if its constructor throws.
+#include <qxbase/qxcsurfacefactory.h>
+
+CQxcSurfaceFactory::CQxcSurfaceFactory() = default;
+CQxcSurfaceFactory::~CQxcSurfaceFactory() = default;
+
+#define QXC_DEFINE_CREATE(Method, Middle, Leaf) \
+    Middle* CQxcSurfaceFactory::Method(bool in_bCachedStores) const { return new Leaf(in_bCachedStores); }
+
+QXC_DEFINE_CREATE(CreateYCbCr422_8bitsSurface, CQxcYCbCr422_8bitsSurface, CQxcYCbCr422_8bitsSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCrA4224_8bits_UnshapedSurface, CQxcYCbCrA4224_8bits_UnshapedSurface,
+                  CQxcYCbCrA4224_8bits_UnshapedSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCrA4224_8bits_ShapedSurface, CQxcYCbCrA4224_8bits_ShapedSurface,
+                  CQxcYCbCrA4224_8bits_ShapedSurfaceSSE2)
+QXC_DEFINE_CREATE(Create2VUY_8bitsSurface, CQxc2VUY_8bitsSurface, CQxc2VUY_8bitsSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCr422_10bitsSurface, CQxcYCbCr422_10bitsSurface, CQxcYCbCr422_10bitsSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCrA4224_10bits_UnshapedSurface, CQxcYCbCrA4224_10bits_UnshapedSurface,
+                  CQxcYCbCrA4224_10bits_UnshapedSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCrA4224_10bits_ShapedSurface, CQxcYCbCrA4224_10bits_ShapedSurface,
+                  CQxcYCbCrA4224_10bits_ShapedSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCr422_16bitsSurface, CQxcYCbCr422_16bitsSurface, CQxcYCbCr422_16bitsSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateV210_10bitsSurface, CQxcV210_10bitsSurface, CQxcV210_10bitsSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCrA4224_16bits_UnshapedSurface, CQxcYCbCrA4224_16bits_UnshapedSurface,
+                  CQxcYCbCrA4224_16bits_UnshapedSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCrA4224_16bits_ShapedSurface, CQxcYCbCrA4224_16bits_ShapedSurface,
+                  CQxcYCbCrA4224_16bits_ShapedSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateYCbCrA4444_16bits_UnshapedSurface, CQxcYCbCrA4444_16bits_UnshapedSurface,
+                  CQxcYCbCrA4444_16bits_UnshapedSurfaceSSE2)
+QXC_DEFINE_CREATE(CreateAYCbCr4444_8bits_ShapedSurface, CQxcAYCbCr4444_8bits_ShapedSurface,
+                  CQxcAYCbCr4444_8bits_ShapedSurface)

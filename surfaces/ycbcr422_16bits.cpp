@@ -1,0 +1,11 @@
+// 16-bit 4:2:2 block surface and its SSE2 kernels.
+#include "surfaces/blocksurfacedefs.h"
+
+QXC_DEFINE_BLOCK_MIDDLE(CQxcYCbCr422_16bitsSurface, keQxcSurfaceTypeYCbCr422_16bits, 64, QXC_KERNELS_YCbCr422_16bits)
+
+QXC_DEFINE_BLOCK_LEAF(CQxcYCbCr422_16bitsSurfaceSSE2, CQxcYCbCr422_16bitsSurface, KFill422_16)
+QXC_DEFINE_BLOCK_KERNEL(CQxcYCbCr422_16bitsSurfaceSSE2, CopyFromYCbCr422_8bits, K422_16FromYuyv8)
+QXC_DEFINE_BLOCK_KERNEL(CQxcYCbCr422_16bitsSurfaceSSE2, CopyFromYCbCr422_10bits, K422_16FromPacked10)
+QXC_DEFINE_BLOCK_KERNEL(CQxcYCbCr422_16bitsSurfaceSSE2, CopyFromYCbCrA4224_8bits_Unshaped, K422_16From4224_8)
+QXC_DEFINE_BLOCK_KERNEL(CQxcYCbCr422_16bitsSurfaceSSE2, CopyFromYCbCrA4224_10bits_Unshaped, K422_16From4224_10)
+QXC_DEFINE_BLOCK_KERNEL(CQxcYCbCr422_16bitsSurfaceSSE2, CopyFromV210, K422_16FromV210)

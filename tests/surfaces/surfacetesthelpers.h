@@ -1,0 +1,165 @@
+// Helpers of the surface tests: pictures with guard bytes around them and
+// padding between lines, deterministic random content, and the block job a
+// surface builds, so that a scalar reference can be run on the same memory.
+#ifndef QXBASE_TESTS_SURFACES_SURFACETESTHELPERS_H
+#define QXBASE_TESTS_SURFACES_SURFACETESTHELPERS_H
+
+#include <qxbase/qxcsurfacefactory.h>
+
+#include "surfaces/kernels/blockmatrix.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace NQxTest {
+
+const uint8_t kucGuard = 0xA5;
+const size_t kuiGuardBytes = 64;
+
+// A picture of in_uiLines lines of in_lPitch bytes, 16-byte aligned, with
+// guard bytes before and after it. Everything starts as the guard pattern.
+class CPicture {
+public:
+    CPicture(long in_lPitch, unsigned in_uiLines)
+        : m_lPitch(in_lPitch), m_uiLines(in_uiLines), m_vucStorage(2 * kuiGuardBytes + in_lPitch * in_uiLines + 16, kucGuard)
+    {
+        uintptr_t ui = reinterpret_cast<uintptr_t>(m_vucStorage.data()) + kuiGuardBytes;
+        ui = (ui + 15) & ~uintptr_t(15);
+        m_pucPicture = reinterpret_cast<uint8_t*>(ui);
+    }
+    CPicture(const CPicture& in_r) : CPicture(in_r.m_lPitch, in_r.m_uiLines) { CopyFrom(in_r); }
+    CPicture& operator=(const CPicture&) = delete;
+
+    uint8_t* Data() const { return m_pucPicture; }
+    uint8_t* Line(unsigned in_ui) const { return m_pucPicture + in_ui * m_lPitch; }
+    long Pitch() const { return m_lPitch; }
+    unsigned Lines() const { return m_uiLines; }
+    size_t Bytes() const { return m_lPitch * m_uiLines; }
+
+    // The whole storage, guards included.
+    const std::vector<uint8_t>& Storage() const { return m_vucStorage; }
+    void CopyFrom(const CPicture& in_r)
+    {
+        std::memcpy(m_vucStorage.data() + (m_pucPicture - m_vucStorage.data()) - kuiGuardBytes,
+                    in_r.m_pucPicture - kuiGuardBytes, Bytes() + 2 * kuiGuardBytes);
+    }
+    bool GuardsIntact() const
+    {
+        for (size_t ui = 0; ui < kuiGuardBytes; ++ui)
+            if (m_pucPicture[-1 - static_cast<long>(ui)] != kucGuard || m_pucPicture[Bytes() + ui] != kucGuard)
+                return false;
+        return true;
+    }
+    // Bytes of the picture equal to another picture's, guards included.
+    bool SameAs(const CPicture& in_r) const
+    {
+        return std::memcmp(m_pucPicture - kuiGuardBytes, in_r.m_pucPicture - kuiGuardBytes,
+                           Bytes() + 2 * kuiGuardBytes) == 0;
+    }
+
+private:
+    long m_lPitch;
+    unsigned m_uiLines;
+    std::vector<uint8_t> m_vucStorage;
+    uint8_t* m_pucPicture;
+};
+
+inline void FillRandom(uint8_t* out_puc, size_t in_uiBytes, std::mt19937& io_rRandom)
+{
+    for (size_t ui = 0; ui < in_uiBytes; ++ui)
+        out_puc[ui] = static_cast<uint8_t>(io_rRandom());
+}
+
+// Every block type, in type order.
+const EQxcSurfaceType kaeBlockTypes[] = {
+    keQxcSurfaceTypeYCbCr422_8bits,             keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped,
+    keQxcSurfaceTypeYCbCrA4224_8bits_Shaped,    keQxcSurfaceTypeYCbCr422_10bits,
+    keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped, keQxcSurfaceTypeYCbCrA4224_10bits_Shaped,
+    keQxcSurfaceTypeYCbCr422_16bits,            keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped,
+    keQxcSurfaceTypeYCbCrA4224_16bits_Shaped,   keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped,
+    keQxcSurfaceTypeAYCbCr4444_8bits_Shaped,    keQxcSurfaceTypeV210_10bits,
+    keQxcSurfaceType2VUY_8bits};
+
+// Creates an unbound leaf of a block type through the factory.
+inline std::unique_ptr<CQxcSurface> CreateBlockSurface(EQxcSurfaceType in_eType, bool in_bCached)
+{
+    const CQxcSurfaceFactory oFactory;
+    switch (in_eType) {
+    case keQxcSurfaceTypeYCbCr422_8bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCr422_8bitsSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_8bits_UnshapedSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCrA4224_8bits_Shaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_8bits_ShapedSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCr422_10bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCr422_10bitsSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_10bits_UnshapedSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCrA4224_10bits_Shaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_10bits_ShapedSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCr422_16bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCr422_16bitsSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_16bits_UnshapedSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCrA4224_16bits_Shaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_16bits_ShapedSurface(in_bCached));
+    case keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4444_16bits_UnshapedSurface(in_bCached));
+    case keQxcSurfaceTypeAYCbCr4444_8bits_Shaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateAYCbCr4444_8bits_ShapedSurface(in_bCached));
+    case keQxcSurfaceTypeV210_10bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateV210_10bitsSurface(in_bCached));
+    case keQxcSurfaceType2VUY_8bits: return std::unique_ptr<CQxcSurface>(oFactory.Create2VUY_8bitsSurface(in_bCached));
+    default: return nullptr;
+    }
+}
+
+// Bytes of one line a block type needs for in_uiWidth pixels.
+inline long LineBytes(EQxcSurfaceType in_eType, unsigned in_uiWidth)
+{
+    const unsigned uiBlocks = (in_uiWidth + 15) / 16;
+    switch (in_eType) {
+    case keQxcSurfaceTypeYCbCr422_8bits:
+    case keQxcSurfaceType2VUY_8bits: return 32 * uiBlocks;
+    case keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped:
+    case keQxcSurfaceTypeYCbCrA4224_8bits_Shaped: return 48 * uiBlocks;
+    case keQxcSurfaceTypeYCbCr422_10bits: return 40 * uiBlocks;
+    case keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped:
+    case keQxcSurfaceTypeYCbCrA4224_10bits_Shaped:
+    case keQxcSurfaceTypeYCbCr422_16bits:
+    case keQxcSurfaceTypeAYCbCr4444_8bits_Shaped: return 64 * uiBlocks;
+    case keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped:
+    case keQxcSurfaceTypeYCbCrA4224_16bits_Shaped: return 96 * uiBlocks;
+    case keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped: return 128 * uiBlocks;
+    case keQxcSurfaceTypeV210_10bits: return NQxcKernels::V210LinePixels(in_uiWidth) / 6 * 16;
+    default: return 0;
+    }
+}
+
+// The job a block surface builds for a call from its cursor, so that a
+// reference can run the same call on other memory.
+inline SQxcBlockJob MakeJob(const CQxcSurface& in_rDestination, const CQxcSurface& in_rSource, unsigned in_uiBlocks,
+                            unsigned in_uiLines)
+{
+    SQxcBlockJob sJob = {};
+    sJob.pucSource = in_rSource.GetCurrentPosition();
+    sJob.lSourcePitch = in_rSource.GetPitch();
+    sJob.uiSourceFirstPixel = 16 * in_rSource.GetCursorBlock();
+    sJob.uiSourceLinePixels = in_rSource.GetSurfaceType() == keQxcSurfaceTypeV210_10bits
+                                  ? NQxcKernels::V210LinePixels(in_rSource.GetWidth())
+                                  : in_rSource.GetWidth();
+    sJob.pucDestination = in_rDestination.GetCurrentPosition();
+    sJob.lDestinationPitch = in_rDestination.GetPitch();
+    sJob.uiDestinationFirstPixel = 16 * in_rDestination.GetCursorBlock();
+    sJob.uiDestinationLinePixels = in_rDestination.GetSurfaceType() == keQxcSurfaceTypeV210_10bits
+                                       ? NQxcKernels::V210LinePixels(in_rDestination.GetWidth())
+                                       : in_rDestination.GetWidth();
+    sJob.uiBlocks = in_uiBlocks;
+    sJob.uiLines = in_uiLines;
+    sJob.bSourceKeyPresent = in_rSource.IsKeyPresent();
+    sJob.bCachedStores = in_rDestination.HasCachedStores();
+    return sJob;
+}
+
+}  // namespace NQxTest
+
+#endif  // QXBASE_TESTS_SURFACES_SURFACETESTHELPERS_H
