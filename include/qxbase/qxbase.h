@@ -24,5 +24,6 @@
 #include <qxbase/qxcsurfacefactory.h>
 #include <qxbase/qxhelper.h>
 #include <qxbase/qxflexenginehelper.h>
+#include <qxbase/qxunnamedevent.h>
 
 #endif  // QXBASE_QXBASE_H
