@@ -25,5 +25,7 @@
 #include <qxbase/qxhelper.h>
 #include <qxbase/qxflexenginehelper.h>
 #include <qxbase/qxunnamedevent.h>
+#include <qxbase/qxsyncprimitives.h>
+#include <qxbase/qxsync.h>
 
 #endif  // QXBASE_QXBASE_H
