@@ -39,8 +39,8 @@ enum EQxSurfaceFormat : int32_t {
     keQxSurfaceFormatYUYV422 = 5,
     // "YUAYVA 4224": 4:2:2:4, YUYV with a key a pixel. 8 bits: groups of 8
     // pixels in 24 bytes, 16 bytes of YUYV then the 8 key bytes. 10 bits: a
-    // 32-bit word a pixel holding three 10-bit fields at bits 0, 10 and 20:
-    // (Cb0 Y0 A0) (Cr0 Y1 A1) for each pair of pixels; bits 30, 31 zero.
+    // little-endian 32-bit word a pixel, (Y << 20) | (C << 10) | A, C being
+    // Cb on an even pixel and Cr on an odd one; bits 30, 31 zero.
     keQxSurfaceFormatYUAYVA4224 = 6,
     // "Alpha": a key byte a pixel, 0 transparent to 255 opaque.
     keQxSurfaceFormatAlpha = 7,
