@@ -3,6 +3,8 @@
 // classes of each format.
 #include <qxbase/qxcbuffersurfaces.h>
 
+#include "surfaces/kernels/v210.h"
+
 // Statics, constructor (which fills the table on first use) and destructor.
 #define QXC_DEFINE_BUFFER_MIDDLE_BASE(Class, Base, Type, BlockSize, GroupBytes, GroupPixels)             \
     Class::PFNCopy Class::ms_apfnCopyFunctions[kiQxcSurfaceTypeCount][2];                                 \
@@ -59,6 +61,20 @@ void CQxcV210_10bits_BufferSurface::InitializeCopyFunctionTable()
 {
     QXC_ENTRIES_RGBA_RGB24(CQxcV210_10bits_BufferSurface)
     ms_bCopyFunctionTableInitialized = true;
+}
+
+bool CQxcV210_10bits_BufferSurface::Fill(const SQxcYuvaPixel& in_rsColor, unsigned int in_uiWidth,
+                                         unsigned int in_uiHeight)
+{
+    if (in_uiWidth == 0 || in_uiHeight == 0)
+        return true;
+    if (!PixelRangeFits(this, in_uiWidth, in_uiHeight))
+        return false;
+    const NQxcKernels::SV210Fill sFill(in_rsColor, in_uiWidth);
+    NQxcKernels::V210FillLines(NQxcKernels::CSse2(), sFill, m_pucCurrent, m_lPitch, in_uiHeight,
+                               m_bCachedStores ? NQxcKernels::keStoreCached : NQxcKernels::keStoreStream);
+    AdvancePixels(in_uiWidth, in_uiHeight);
+    return true;
 }
 
 QXC_DEFINE_BUFFER_MIDDLE(CQxcYCbCrA4224_10bits_UnshapedBufferSurface, CQxcBufferSurface,

@@ -94,4 +94,18 @@ QXC_DEFINE_BLOCK_KERNEL(CLeaf, CopyFromYCbCrA4224_8bits_Shaped, K4224_16UFrom422
 QXC_DEFINE_BLOCK_KERNEL(CLeaf, CopyFromYCbCrA4224_10bits_Unshaped, K4224_16From4224_10)
 QXC_DEFINE_BLOCK_KERNEL(CLeaf, CopyFromYCbCrA4224_10bits_Shaped, K4224_16UFrom4224_10S)
 QXC_DEFINE_BLOCK_KERNEL(CLeaf, CopyFromAYCbCr4444_8bits_Shaped, K4224_16UFromAycbcr8S)
+QXC_DEFINE_BLOCK_KERNEL(CLeaf, CopyFromR4FL_Unshaped, K4224_16FromR4fl)
 QXC_DEFINE_BLOCK_KERNEL(CLeaf, CopyFromV210, K4224_16FromV210)
+
+// The RGB sources go through the matrix of the hub's RGB side; without a set
+// (a range or colorimetry that selects none) they are refused.
+#define QXC_DEFINE_RGB_KERNEL(Name, Kernel)                                                              \
+    QXC_BLOCK_KERNEL(CLeaf::Name)                                                                        \
+    {                                                                                                    \
+        if (m_psRgbCoeff == nullptr)                                                                     \
+            return false;                                                                                \
+        return RunBlockJob(&NQxcKernels::TSse2Entry<NQxcKernels::NBlockMatrix::Kernel>::Run, in_pSource, \
+                           in_uiWidthInBlocks, in_uiHeight, m_psRgbCoeff);                               \
+    }
+QXC_DEFINE_RGB_KERNEL(CopyFromA2R10G10B10_Unshaped, K4224_16FromA2r10g10b10)
+QXC_DEFINE_RGB_KERNEL(CopyFromK64ARGB_Unshaped, K4224_16FromK64argb)

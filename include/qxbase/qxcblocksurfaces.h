@@ -132,6 +132,9 @@ public:                                                                         
     X(CopyFromYCbCrA4224_10bits_Unshaped, keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped) \
     X(CopyFromYCbCrA4224_10bits_Shaped, keQxcSurfaceTypeYCbCrA4224_10bits_Shaped)     \
     X(CopyFromAYCbCr4444_8bits_Shaped, keQxcSurfaceTypeAYCbCr4444_8bits_Shaped)       \
+    X(CopyFromA2R10G10B10_Unshaped, keQxcSurfaceTypeA2R10G10B10_Unshaped)             \
+    X(CopyFromK64ARGB_Unshaped, keQxcSurfaceTypeK64ARGB_Unshaped)                     \
+    X(CopyFromR4FL_Unshaped, keQxcSurfaceTypeR4FL_Unshaped)                           \
     X(CopyFromV210, keQxcSurfaceTypeV210_10bits)
 #define QXC_KERNELS_YCbCrA4224_16bits_Shaped(X)                                       \
     X(CopyFromYCbCrA4224_16bits_Shaped, keQxcSurfaceTypeYCbCrA4224_16bits_Shaped)     \

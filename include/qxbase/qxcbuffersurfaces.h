@@ -6,6 +6,16 @@
 // supplies them. The dispatcher does not test an entry for emptiness: callers
 // request only the pairs listed with each class.
 //
+// Layouts the block hub (CQxcYCbCrA4224_16bits_UnshapedSurface) reads, so
+// the kernels that write them must agree:
+//  - A2R10G10B10: one little-endian 32-bit word a pixel, A (bits 30-31),
+//    R (20-29), G (10-19), B (0-9); the 2-bit key a reads as a x 341.
+//  - K64ARGB: four big-endian 16-bit words a pixel, A R G B, full 16-bit
+//    scale (read as the top 10 bits).
+//  - R4FL (float YCbCrA 4:4:4:4): four 32-bit floats a pixel, Y Cb Cr A;
+//    Y 0..1 is black..white (10-bit 64 + 876 Y), chroma -0.5..0.5
+//    (512 + 896 C), key 0..1 (1023 A).
+//
 // Same-format RGB sources ("VideoRGBA"/"GraphicRGBA" kernels) are chosen by
 // the destination's colour range, not by the mode: a graphics-range
 // destination (range 0) takes the CopyFromVideoRGBA_* kernel, which reads the
@@ -116,6 +126,13 @@ class QXBASE_API alignas(16) CQxcYCbCr422_10bits_BufferSurface : public CQxcBuff
 // Sources: 13, 22.
 class QXBASE_API alignas(16) CQxcV210_10bits_BufferSurface : public CQxcBufferSurface {
     QXC_DECLARE_BUFFER_MIDDLE(CQxcV210_10bits_BufferSurface)
+    // Fills w pixels of h lines from the cursor, in whole 16-byte groups from
+    // the current position: every group full of the colour, except, for a
+    // width that is not a multiple of 6, a last group holding only the fields
+    // of its remaining pixels (the rest zero; one pixel gets Cb and Y, no
+    // Cr). The components are shifted and added without masking: they must
+    // be 10-bit values. Leaves the cursors as every operation does.
+    bool Fill(const SQxcYuvaPixel& in_rsColor, unsigned int in_uiWidth, unsigned int in_uiHeight) override;
     QXC_KERNELS_YuvFromRgbaAndRgb24(QXC_PURE_BUFFER_KERNEL)
 };
 

@@ -11,13 +11,18 @@ namespace NQxcKernels {
 // One transform after another (4:4:4 to 4:2:2, then unshaping).
 template <class TFirst, class TSecond>
 struct XThen {
+    explicit XThen(const SQxcBlockJob& in_rsJob) : oFirst(in_rsJob), oSecond(in_rsJob) {}
+
     template <class TIn, class TOut>
-    static void Apply(const TIn& in_rs, TOut& out_rs)
+    void Apply(const TIn& in_rs, TOut& out_rs) const
     {
         TOut sMiddle;
-        TFirst::Apply(in_rs, sMiddle);
-        TSecond::Apply(sMiddle, out_rs);
+        oFirst.Apply(in_rs, sMiddle);
+        oSecond.Apply(sMiddle, out_rs);
     }
+
+    TFirst oFirst;
+    TSecond oSecond;
 };
 
 namespace NBlockMatrix {
@@ -61,6 +66,9 @@ typedef TBlockKernel<L4224_10, XUnshapeTo10, L4224_16> K4224_16UFrom4224_10S;
 typedef TBlockKernel<LAycbcr8, X444To422, L4224_16> K4224_16FromAycbcr8;
 typedef TBlockKernel<LAycbcr8, XThen<X444To422, XUnshapeTo10>, L4224_16> K4224_16UFromAycbcr8S;
 typedef TV210SourceKernel<XPass, L4224_16> K4224_16FromV210;
+typedef TBlockKernel<LA2r10g10b10, XRgbToYcc422, L4224_16> K4224_16FromA2r10g10b10;
+typedef TBlockKernel<LK64argb, XRgbToYcc422, L4224_16> K4224_16FromK64argb;
+typedef TBlockKernel<LR4fl, X444To422, L4224_16> K4224_16FromR4fl;
 // 16-bit 4:4:4:4
 typedef TBlockKernel<L4444_16, XPass, L4444_16> K4444_16From4444_16;
 typedef TBlockKernel<LYuyv8, X422To444, L4444_16> K4444_16FromYuyv8;
@@ -181,6 +189,9 @@ inline void V210LineToPacked10(TB, const uint8_t* in_pucSource, uint8_t* out_puc
     X(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped, K4224_16From4224_10) \
     X(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, keQxcSurfaceTypeYCbCrA4224_10bits_Shaped, K4224_16UFrom4224_10S) \
     X(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, keQxcSurfaceTypeAYCbCr4444_8bits_Shaped, K4224_16UFromAycbcr8S) \
+    X(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, keQxcSurfaceTypeA2R10G10B10_Unshaped, K4224_16FromA2r10g10b10) \
+    X(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, keQxcSurfaceTypeK64ARGB_Unshaped, K4224_16FromK64argb) \
+    X(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, keQxcSurfaceTypeR4FL_Unshaped, K4224_16FromR4fl)       \
     X(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, keQxcSurfaceTypeV210_10bits, K4224_16FromV210)         \
     X(keQxcSurfaceTypeYCbCrA4224_16bits_Shaped, keQxcSurfaceTypeYCbCrA4224_16bits_Shaped, K4224_16From4224_16) \
     X(keQxcSurfaceTypeYCbCrA4224_16bits_Shaped, keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped, K4224_16From4444_16) \

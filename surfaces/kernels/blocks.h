@@ -9,10 +9,31 @@
 #ifndef QXBASE_SURFACES_KERNELS_BLOCKS_H
 #define QXBASE_SURFACES_KERNELS_BLOCKS_H
 
+#include <qxbase/qxcsurface.h>
+
 #include <emmintrin.h>
 
 #include <cstdint>
 #include <cstring>
+
+// One call of a block kernel.
+struct SQxcBlockJob {
+    const uint8_t* pucSource;       // the source's current position
+    long lSourcePitch;
+    unsigned uiSourceFirstPixel;    // 16 x the source's block cursor
+    unsigned uiSourceLinePixels;    // pixels a source line holds (v210: whole groups)
+    uint8_t* pucDestination;        // the destination's current position
+    long lDestinationPitch;
+    unsigned uiDestinationFirstPixel;
+    unsigned uiDestinationLinePixels;
+    unsigned uiBlocks;
+    unsigned uiLines;
+    bool bSourceKeyPresent;
+    bool bCachedStores;
+    SQxcYuvaPixel sColor;           // fills
+    const SQxcRgbCoeff* psCoeff;    // RGB sources
+};
+
 
 namespace NQxcKernels {
 

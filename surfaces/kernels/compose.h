@@ -11,24 +11,6 @@
 
 #include <qxbase/qxcsurface.h>
 
-// One call of a block kernel.
-struct SQxcBlockJob {
-    const uint8_t* pucSource;       // the source's current position
-    long lSourcePitch;
-    unsigned uiSourceFirstPixel;    // 16 x the source's block cursor
-    unsigned uiSourceLinePixels;    // pixels a source line holds (v210: whole groups)
-    uint8_t* pucDestination;        // the destination's current position
-    long lDestinationPitch;
-    unsigned uiDestinationFirstPixel;
-    unsigned uiDestinationLinePixels;
-    unsigned uiBlocks;
-    unsigned uiLines;
-    bool bSourceKeyPresent;
-    bool bCachedStores;
-    SQxcYuvaPixel sColor;           // fills
-    const SQxcRgbCoeff* psCoeff;    // RGB sources
-};
-
 namespace NQxcKernels {
 
 template <bool kb444, class TB>
@@ -49,6 +31,7 @@ struct TBlockKernel {
         typedef typename TBlockOf<TSrc::kb444, TB>::Type TIn;
         typedef typename TBlockOf<TDst::kb444, TB>::Type TOut;
         const SKeyOverride sKey(in_rsJob.bSourceKeyPresent || !TSrc::kbHasKey);
+        const TXf oXf(in_rsJob);
         for (unsigned uiLine = 0; uiLine < in_rsJob.uiLines; ++uiLine) {
             const uint8_t* pucIn = in_rsJob.pucSource + static_cast<long>(uiLine) * in_rsJob.lSourcePitch;
             uint8_t* pucOut = in_rsJob.pucDestination + static_cast<long>(uiLine) * in_rsJob.lDestinationPitch;
@@ -58,7 +41,7 @@ struct TBlockKernel {
                 if (TSrc::kbHasKey)
                     sKey.Apply(sIn);
                 TOut sOut;
-                TXf::Apply(sIn, sOut);
+                oXf.Apply(sIn, sOut);
                 TDst::template Store<keStore>(pucOut, sOut);
                 pucIn += TSrc::kuiBytes;
                 pucOut += TDst::kuiBytes;
@@ -214,6 +197,7 @@ struct TV210SourceKernel {
         unsigned uiAvail;
         uint8_t* pucOut;         // the destination block of the first pixel
         unsigned uiFirst;
+        const TXf* pXf;
     };
 
     template <class TB, EStore keStore>
@@ -222,7 +206,7 @@ struct TV210SourceKernel {
         typename TB::T422 sIn;
         LoadV210Block(in_rs.pucV210, in_uiPixel, in_rs.uiAvail, sIn);
         typename TBlockOf<TDst::kb444, TB>::Type sOut;
-        TXf::Apply(sIn, sOut);
+        in_rs.pXf->Apply(sIn, sOut);
         TDst::template Store<keStore>(in_rs.pucOut + (in_uiPixel - in_rs.uiFirst) / 16 * TDst::kuiBytes, sOut);
     }
 
@@ -234,7 +218,7 @@ struct TV210SourceKernel {
         uint8_t* pucOut = in_rs.pucOut + (in_uiPixel - in_rs.uiFirst) / 16 * TDst::kuiBytes;
         for (int b = 0; b < 3; ++b) {
             typename TBlockOf<TDst::kb444, CSse2>::Type sOut;
-            TXf::Apply(asIn[b], sOut);
+            in_rs.pXf->Apply(asIn[b], sOut);
             TDst::template Store<keStore>(pucOut + b * TDst::kuiBytes, sOut);
         }
     }
@@ -243,11 +227,12 @@ struct TV210SourceKernel {
     static void Run(const SQxcBlockJob& in_rsJob)
     {
         const unsigned uiFirst = in_rsJob.uiSourceFirstPixel;
+        const TXf oXf(in_rsJob);
         for (unsigned uiLine = 0; uiLine < in_rsJob.uiLines; ++uiLine) {
             const SLine sLine = {
                 in_rsJob.pucSource + static_cast<long>(uiLine) * in_rsJob.lSourcePitch - V210GroupOffset(uiFirst),
                 in_rsJob.uiSourceLinePixels,
-                in_rsJob.pucDestination + static_cast<long>(uiLine) * in_rsJob.lDestinationPitch, uiFirst};
+                in_rsJob.pucDestination + static_cast<long>(uiLine) * in_rsJob.lDestinationPitch, uiFirst, &oXf};
             WalkV210Line<TV210SourceKernel, keStore>(TB(), sLine, uiFirst, uiFirst + 16 * in_rsJob.uiBlocks,
                                                      in_rsJob.uiSourceLinePixels);
         }
@@ -264,6 +249,7 @@ struct TV210DestinationKernel {
         unsigned uiAvail;
         unsigned uiFirst;
         const SQxcYuvaPixel* psColor;
+        const TXf* pXf;
     };
 
     template <class TB>
@@ -271,7 +257,7 @@ struct TV210DestinationKernel {
     {
         typename TBlockOf<TSrc::kb444, TB>::Type sIn;
         TSrc::Load(in_rs.pucIn + (in_uiPixel - in_rs.uiFirst) / 16 * TSrc::kuiBytes, sIn);
-        TXf::Apply(sIn, out_rs);
+        in_rs.pXf->Apply(sIn, out_rs);
     }
 
     template <class TB, EStore keStore>
@@ -295,12 +281,13 @@ struct TV210DestinationKernel {
     static void Run(const SQxcBlockJob& in_rsJob)
     {
         const unsigned uiFirst = in_rsJob.uiDestinationFirstPixel;
+        const TXf oXf(in_rsJob);
         for (unsigned uiLine = 0; uiLine < in_rsJob.uiLines; ++uiLine) {
             const SLine sLine = {
                 in_rsJob.pucSource + static_cast<long>(uiLine) * in_rsJob.lSourcePitch,
                 in_rsJob.pucDestination + static_cast<long>(uiLine) * in_rsJob.lDestinationPitch -
                     V210GroupOffset(uiFirst),
-                in_rsJob.uiDestinationLinePixels, uiFirst, &in_rsJob.sColor};
+                in_rsJob.uiDestinationLinePixels, uiFirst, &in_rsJob.sColor, &oXf};
             WalkV210Line<TV210DestinationKernel, keStore>(TB(), sLine, uiFirst, uiFirst + 16 * in_rsJob.uiBlocks,
                                                           in_rsJob.uiDestinationLinePixels);
         }

@@ -12,6 +12,8 @@
 
 #include "surfaces/kernels/blocks.h"
 
+#include <cmath>
+
 namespace NQxcKernels {
 
 // ============================================ 8-bit 4:2:2 (YUYV and 2VUY)
@@ -399,6 +401,39 @@ struct TLayout422_16 {
 typedef TLayout422_16<false> L422_16;
 typedef TLayout422_16<true> L4224_16;
 
+// ====================================== four 16-bit words a pixel, 16 pixels
+// Word w of pixel p goes to out_ppus[w][p], through in_fWord.
+template <class TWord>
+inline void UnpackWordQuads(const uint8_t* in_puc, uint16_t* const* out_ppus, TWord in_fWord)
+{
+    for (int p = 0; p < 16; ++p)
+        for (int w = 0; w < 4; ++w)
+            out_ppus[w][p] = in_fWord(Read16(in_puc + 8 * p + 2 * w));
+}
+
+// The same on vectors: out_ppi128[w] receives word w of pixels 0..7 and
+// 8..15; in_fWord is applied to each loaded vector first.
+template <class TWord>
+inline void VUnpackWordQuads(const uint8_t* in_puc, __m128i* const* out_ppi128, TWord in_fWord)
+{
+    for (int h = 0; h < 2; ++h) {
+        __m128i ai128Quad[4];  // w0 x4 w1 x4 / w2 x4 w3 x4, for 2 x 4 pixels
+        for (int q = 0; q < 2; ++q) {
+            const uint8_t* puc = in_puc + 64 * h + 32 * q;
+            const __m128i i128P01 = in_fWord(Load(puc));
+            const __m128i i128P23 = in_fWord(Load(puc + 16));
+            const __m128i i128Lo = _mm_unpacklo_epi16(i128P01, i128P23);
+            const __m128i i128Hi = _mm_unpackhi_epi16(i128P01, i128P23);
+            ai128Quad[2 * q] = _mm_unpacklo_epi16(i128Lo, i128Hi);
+            ai128Quad[2 * q + 1] = _mm_unpackhi_epi16(i128Lo, i128Hi);
+        }
+        out_ppi128[0][h] = _mm_unpacklo_epi64(ai128Quad[0], ai128Quad[2]);
+        out_ppi128[1][h] = _mm_unpackhi_epi64(ai128Quad[0], ai128Quad[2]);
+        out_ppi128[2][h] = _mm_unpacklo_epi64(ai128Quad[1], ai128Quad[3]);
+        out_ppi128[3][h] = _mm_unpackhi_epi64(ai128Quad[1], ai128Quad[3]);
+    }
+}
+
 // ================================================ 16-bit 4:4:4:4, Y Cb Cr K
 struct L4444_16 {
     static const unsigned kuiBytes = 128;
@@ -407,32 +442,14 @@ struct L4444_16 {
 
     static void Load(const uint8_t* in_puc, SScalar444& out_rs)
     {
-        for (int p = 0; p < 16; ++p) {
-            out_rs.aus16Y[p] = Min10(Read16(in_puc + 8 * p));
-            out_rs.aus16Cb[p] = Min10(Read16(in_puc + 8 * p + 2));
-            out_rs.aus16Cr[p] = Min10(Read16(in_puc + 8 * p + 4));
-            out_rs.aus16K[p] = Min10(Read16(in_puc + 8 * p + 6));
-        }
+        uint16_t* apus[4] = {out_rs.aus16Y, out_rs.aus16Cb, out_rs.aus16Cr, out_rs.aus16K};
+        UnpackWordQuads(in_puc, apus, [](uint16_t in_us) { return Min10(in_us); });
     }
 
     static void Load(const uint8_t* in_puc, SVector444& out_rs)
     {
-        for (int h = 0; h < 2; ++h) {
-            __m128i ai128Quad[4];  // Y Y Y Y Cb Cb Cb Cb / Cr Cr Cr Cr K K K K, for 2 x 4 pixels
-            for (int q = 0; q < 2; ++q) {
-                const uint8_t* puc = in_puc + 64 * h + 32 * q;
-                const __m128i i128P01 = VMin10(NQxcKernels::Load(puc));
-                const __m128i i128P23 = VMin10(NQxcKernels::Load(puc + 16));
-                const __m128i i128Lo = _mm_unpacklo_epi16(i128P01, i128P23);
-                const __m128i i128Hi = _mm_unpackhi_epi16(i128P01, i128P23);
-                ai128Quad[2 * q] = _mm_unpacklo_epi16(i128Lo, i128Hi);
-                ai128Quad[2 * q + 1] = _mm_unpackhi_epi16(i128Lo, i128Hi);
-            }
-            out_rs.ai128Y[h] = _mm_unpacklo_epi64(ai128Quad[0], ai128Quad[2]);
-            out_rs.ai128Cb[h] = _mm_unpackhi_epi64(ai128Quad[0], ai128Quad[2]);
-            out_rs.ai128Cr[h] = _mm_unpacklo_epi64(ai128Quad[1], ai128Quad[3]);
-            out_rs.ai128K[h] = _mm_unpackhi_epi64(ai128Quad[1], ai128Quad[3]);
-        }
+        __m128i* api128[4] = {out_rs.ai128Y, out_rs.ai128Cb, out_rs.ai128Cr, out_rs.ai128K};
+        VUnpackWordQuads(in_puc, api128, [](__m128i in_i128) { return VMin10(in_i128); });
     }
 
     template <EStore keStore>
@@ -506,6 +523,122 @@ struct LAycbcr8 {
             out_puc[4 * p + 1] = To8(in_rs.aus16Y[p]);
             out_puc[4 * p + 2] = To8(in_rs.aus16Cb[p]);
             out_puc[4 * p + 3] = To8(in_rs.aus16Cr[p]);
+        }
+    }
+};
+
+// ================================================== RGB sources of the hub
+// An RGB block travels in the 4:4:4 form: R in the Y lanes, G in Cb, B in
+// Cr, the key in K; every value 10-bit. These formats are only read here.
+
+// A2R10G10B10: one 32-bit word a pixel, A (2 bits) R G B from the top; the
+// 2-bit key a reads as a x 341 (3 is 1023).
+struct LA2r10g10b10 {
+    static const unsigned kuiBytes = 64;
+    static const bool kb444 = true;
+    static const bool kbHasKey = true;
+
+    static void Load(const uint8_t* in_puc, SScalar444& out_rs)
+    {
+        for (int p = 0; p < 16; ++p) {
+            const uint32_t ui = Read32(in_puc + 4 * p);
+            out_rs.aus16Y[p] = static_cast<uint16_t>((ui >> 20) & 0x3ff);
+            out_rs.aus16Cb[p] = static_cast<uint16_t>((ui >> 10) & 0x3ff);
+            out_rs.aus16Cr[p] = static_cast<uint16_t>(ui & 0x3ff);
+            out_rs.aus16K[p] = static_cast<uint16_t>((ui >> 30) * 341);
+        }
+    }
+
+    static void Load(const uint8_t* in_puc, SVector444& out_rs)
+    {
+        const __m128i i128Mask = Splat32(0x3ff);
+        for (int h = 0; h < 2; ++h) {
+            const __m128i i128A = NQxcKernels::Load(in_puc + 32 * h);
+            const __m128i i128B = NQxcKernels::Load(in_puc + 32 * h + 16);
+            out_rs.ai128Y[h] = _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(i128A, 20), i128Mask),
+                                               _mm_and_si128(_mm_srli_epi32(i128B, 20), i128Mask));
+            out_rs.ai128Cb[h] = _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(i128A, 10), i128Mask),
+                                                _mm_and_si128(_mm_srli_epi32(i128B, 10), i128Mask));
+            out_rs.ai128Cr[h] = _mm_packs_epi32(_mm_and_si128(i128A, i128Mask), _mm_and_si128(i128B, i128Mask));
+            out_rs.ai128K[h] = _mm_mullo_epi16(_mm_packs_epi32(_mm_srli_epi32(i128A, 30), _mm_srli_epi32(i128B, 30)),
+                                               Splat16(341));
+        }
+    }
+};
+
+// K64ARGB: four big-endian 16-bit words a pixel, A R G B, on the full 16-bit
+// scale; read as their top 10 bits.
+struct LK64argb {
+    static const unsigned kuiBytes = 128;
+    static const bool kb444 = true;
+    static const bool kbHasKey = true;
+
+    static void Load(const uint8_t* in_puc, SScalar444& out_rs)
+    {
+        uint16_t* apus[4] = {out_rs.aus16K, out_rs.aus16Y, out_rs.aus16Cb, out_rs.aus16Cr};
+        UnpackWordQuads(in_puc, apus, [](uint16_t in_us) {
+            return static_cast<uint16_t>(static_cast<uint16_t>((in_us << 8) | (in_us >> 8)) >> 6);
+        });
+    }
+
+    static void Load(const uint8_t* in_puc, SVector444& out_rs)
+    {
+        __m128i* api128[4] = {out_rs.ai128K, out_rs.ai128Y, out_rs.ai128Cb, out_rs.ai128Cr};
+        VUnpackWordQuads(in_puc, api128, [](__m128i in_i128) {
+            return _mm_srli_epi16(_mm_or_si128(_mm_slli_epi16(in_i128, 8), _mm_srli_epi16(in_i128, 8)), 6);
+        });
+    }
+};
+
+// Float YCbCrA 4:4:4:4: four 32-bit floats a pixel, Y Cb Cr A, with Y 0..1
+// from black to white, chroma -0.5..0.5 and the key 0..1; read as
+// 64 + 876 Y, 512 + 896 C and 1023 A, rounded to nearest (ties to even) and
+// clamped to 0..1023 (a NaN reads as 0).
+struct LR4fl {
+    static const unsigned kuiBytes = 256;
+    static const bool kb444 = true;
+    static const bool kbHasKey = true;
+
+    static void Load(const uint8_t* in_puc, SScalar444& out_rs)
+    {
+        static const float kafScale[4] = {876.0f, 896.0f, 896.0f, 1023.0f};
+        static const float kafOffset[4] = {64.0f, 512.0f, 512.0f, 0.0f};
+        uint16_t* apus[4] = {out_rs.aus16Y, out_rs.aus16Cb, out_rs.aus16Cr, out_rs.aus16K};
+        for (int p = 0; p < 16; ++p) {
+            for (int c = 0; c < 4; ++c) {
+                float f;
+                std::memcpy(&f, in_puc + 16 * p + 4 * c, 4);
+                // Kept as separate steps: the SIMD form multiplies, then adds.
+                f = f * kafScale[c];
+                f = f + kafOffset[c];
+                f = f > 0.0f ? f : 0.0f;
+                f = f < 1023.0f ? f : 1023.0f;
+                apus[c][p] = static_cast<uint16_t>(std::nearbyint(f));
+            }
+        }
+    }
+
+    static void Load(const uint8_t* in_puc, SVector444& out_rs)
+    {
+        const __m128 afScale[4] = {_mm_set1_ps(876.0f), _mm_set1_ps(896.0f), _mm_set1_ps(896.0f),
+                                   _mm_set1_ps(1023.0f)};
+        const __m128 afOffset[4] = {_mm_set1_ps(64.0f), _mm_set1_ps(512.0f), _mm_set1_ps(512.0f),
+                                    _mm_setzero_ps()};
+        __m128i* api128[4] = {out_rs.ai128Y, out_rs.ai128Cb, out_rs.ai128Cr, out_rs.ai128K};
+        for (int h = 0; h < 2; ++h) {
+            __m128i ai128Half[2][4];
+            for (int q = 0; q < 2; ++q) {
+                const float* pf = reinterpret_cast<const float*>(in_puc + 128 * h + 64 * q);
+                __m128 af[4] = {_mm_loadu_ps(pf), _mm_loadu_ps(pf + 4), _mm_loadu_ps(pf + 8), _mm_loadu_ps(pf + 12)};
+                _MM_TRANSPOSE4_PS(af[0], af[1], af[2], af[3]);
+                for (int c = 0; c < 4; ++c) {
+                    __m128 f = _mm_add_ps(_mm_mul_ps(af[c], afScale[c]), afOffset[c]);
+                    f = _mm_min_ps(_mm_max_ps(f, _mm_setzero_ps()), _mm_set1_ps(1023.0f));
+                    ai128Half[q][c] = _mm_cvtps_epi32(f);
+                }
+            }
+            for (int c = 0; c < 4; ++c)
+                api128[c][h] = _mm_packs_epi32(ai128Half[0][c], ai128Half[1][c]);
         }
     }
 };

@@ -204,6 +204,77 @@ inline void V210StoreUnit(uint8_t* out_puc, const SVector422* in_ps)
     V210PackQuad<keStore>(ai128Y + 3, ai128C + 3, out_puc + 64);
 }
 
+// ------------------------------------------------------------ v210 fills
+// The groups of a fill of in_uiPixels pixels with one colour: whole groups,
+// and for a width that is not a multiple of 6 a last group that holds
+// exactly the fields the remaining k pixels own (the first 2k fields in
+// stream order; for k = 1, Cb and Y but not Cr), the others zero. The
+// components are shifted and added as they are: values above 10 bits spill
+// into the neighbouring field.
+struct SV210Fill {
+    SV210Fill(const SQxcYuvaPixel& in_rsColor, unsigned in_uiPixels)
+        : uiWholeGroups(in_uiPixels / kuiV210GroupPixels), bPartial(in_uiPixels % kuiV210GroupPixels != 0)
+    {
+        const uint32_t auiStream[3] = {in_rsColor.Cb, in_rsColor.Y, in_rsColor.Cr};
+        const uint32_t uiY = in_rsColor.Y;
+        const unsigned uiPartialFields = 2 * (in_uiPixels % kuiV210GroupPixels);
+        for (unsigned uiWord = 0; uiWord < 4; ++uiWord) {
+            auiWhole[uiWord] = 0;
+            auiPartial[uiWord] = 0;
+        }
+        for (unsigned uiField = 0; uiField < 12; ++uiField) {
+            // Odd fields are luma; even ones cycle Cb, Cr, Cb ... as 0 2 0 2.
+            const uint32_t uiValue = uiField % 2 == 1 ? uiY : auiStream[(uiField / 2) % 2 == 0 ? 0 : 2];
+            const uint32_t uiShifted = uiValue << (10 * (uiField % 3));
+            auiWhole[uiField / 3] += uiShifted;
+            if (uiField < uiPartialFields)
+                auiPartial[uiField / 3] += uiShifted;
+        }
+    }
+
+    uint32_t auiWhole[4];
+    uint32_t auiPartial[4];
+    unsigned uiWholeGroups;
+    bool bPartial;
+};
+
+// Writes the fill's groups on in_uiLines lines from in_pucFirst.
+inline void V210FillLines(CScalar, const SV210Fill& in_rs, uint8_t* in_pucFirst, long in_lPitch, unsigned in_uiLines,
+                          EStore)
+{
+    for (unsigned uiLine = 0; uiLine < in_uiLines; ++uiLine) {
+        uint8_t* puc = in_pucFirst + static_cast<long>(uiLine) * in_lPitch;
+        for (unsigned g = 0; g < in_rs.uiWholeGroups; ++g)
+            std::memcpy(puc + kuiV210GroupBytes * g, in_rs.auiWhole, kuiV210GroupBytes);
+        if (in_rs.bPartial)
+            std::memcpy(puc + kuiV210GroupBytes * in_rs.uiWholeGroups, in_rs.auiPartial, kuiV210GroupBytes);
+    }
+}
+
+template <EStore keStore>
+inline void V210FillLinesSse2(const SV210Fill& in_rs, uint8_t* in_pucFirst, long in_lPitch, unsigned in_uiLines)
+{
+    const __m128i i128Whole = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in_rs.auiWhole));
+    const __m128i i128Partial = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in_rs.auiPartial));
+    for (unsigned uiLine = 0; uiLine < in_uiLines; ++uiLine) {
+        uint8_t* puc = in_pucFirst + static_cast<long>(uiLine) * in_lPitch;
+        for (unsigned g = 0; g < in_rs.uiWholeGroups; ++g)
+            Store<keStore>(puc + kuiV210GroupBytes * g, i128Whole);
+        if (in_rs.bPartial)
+            Store<keStore>(puc + kuiV210GroupBytes * in_rs.uiWholeGroups, i128Partial);
+    }
+    FinishStores<keStore>();
+}
+
+inline void V210FillLines(CSse2, const SV210Fill& in_rs, uint8_t* in_pucFirst, long in_lPitch, unsigned in_uiLines,
+                          EStore in_eStore)
+{
+    if (in_eStore == keStoreStream)
+        V210FillLinesSse2<keStoreStream>(in_rs, in_pucFirst, in_lPitch, in_uiLines);
+    else
+        V210FillLinesSse2<keStoreCached>(in_rs, in_pucFirst, in_lPitch, in_uiLines);
+}
+
 }  // namespace NQxcKernels
 
 #endif  // QXBASE_SURFACES_KERNELS_V210_H

@@ -6,6 +6,8 @@
 
 #include <qxbase/qxcsurfacefactory.h>
 
+#include <cmath>
+
 #include "surfaces/kernels/blockmatrix.h"
 
 #include <cstdint>
@@ -83,6 +85,36 @@ const EQxcSurfaceType kaeBlockTypes[] = {
     keQxcSurfaceTypeAYCbCr4444_8bits_Shaped,    keQxcSurfaceTypeV210_10bits,
     keQxcSurfaceType2VUY_8bits};
 
+// The RGB buffer formats the hub reads, as sources only: their own kernels
+// belong to the buffer family and are never called by the block tests.
+template <class TMiddle>
+class TSourceOnly : public TMiddle {
+public:
+    TSourceOnly() : TMiddle(false) {}
+    bool FillBlocks(const SQxcYuvaPixel&, unsigned int, unsigned int) override { return false; }
+    bool Fill(const SQxcYuvaPixel&, unsigned int, unsigned int) override { return false; }
+    using CQxcRgbBufferSurface::FillRgb;
+    bool FillRgb(const SQxcRGBAPixel&, unsigned int, unsigned int) override { return false; }
+};
+#define QXT_NO_KERNEL(Name) \
+    bool Name(const CQxcBufferSurface*, unsigned int, unsigned int) override { return false; }
+
+class CA2r10g10b10Source : public TSourceOnly<CQxcA2R10G10B10_UnshapedBufferSurface> {
+    QXT_NO_KERNEL(CopyFromYCbCrA4224_16bits_Unshaped)
+    QXT_NO_KERNEL(CopyFromVideoRGBA_Unshaped)
+    QXT_NO_KERNEL(CopyFromGraphicRGBA_Unshaped)
+    QXT_NO_KERNEL(CopyFromK64ARGB_Unshaped)
+};
+class CK64argbSource : public TSourceOnly<CQxcK64ARGB_UnshapedBufferSurface> {
+    QXT_NO_KERNEL(CopyFromABGR_16bits_Unshaped)
+    QXT_NO_KERNEL(CopyFromYCbCrA4224_16bits_Unshaped)
+};
+class CR4flSource : public TSourceOnly<CQxcR4FL_YUYA_32bits_UnshapedBufferSurface> {
+    QXT_NO_KERNEL(CopyFromYCbCrA4224_16bits_Unshaped)
+};
+// For a buffer kernel list: kernels a test leaf does not provide.
+#define QXT_NOT_HERE(Name) QXT_NO_KERNEL(Name)
+
 // Creates an unbound leaf of a block type through the factory.
 inline std::unique_ptr<CQxcSurface> CreateBlockSurface(EQxcSurfaceType in_eType, bool in_bCached)
 {
@@ -109,6 +141,9 @@ inline std::unique_ptr<CQxcSurface> CreateBlockSurface(EQxcSurfaceType in_eType,
         return std::unique_ptr<CQxcSurface>(oFactory.CreateAYCbCr4444_8bits_ShapedSurface(in_bCached));
     case keQxcSurfaceTypeV210_10bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateV210_10bitsSurface(in_bCached));
     case keQxcSurfaceType2VUY_8bits: return std::unique_ptr<CQxcSurface>(oFactory.Create2VUY_8bitsSurface(in_bCached));
+    case keQxcSurfaceTypeA2R10G10B10_Unshaped: return std::make_unique<CA2r10g10b10Source>();
+    case keQxcSurfaceTypeK64ARGB_Unshaped: return std::make_unique<CK64argbSource>();
+    case keQxcSurfaceTypeR4FL_Unshaped: return std::make_unique<CR4flSource>();
     default: return nullptr;
     }
 }
@@ -126,10 +161,13 @@ inline long LineBytes(EQxcSurfaceType in_eType, unsigned in_uiWidth)
     case keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped:
     case keQxcSurfaceTypeYCbCrA4224_10bits_Shaped:
     case keQxcSurfaceTypeYCbCr422_16bits:
-    case keQxcSurfaceTypeAYCbCr4444_8bits_Shaped: return 64 * uiBlocks;
+    case keQxcSurfaceTypeAYCbCr4444_8bits_Shaped:
+    case keQxcSurfaceTypeA2R10G10B10_Unshaped: return 64 * uiBlocks;
     case keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped:
     case keQxcSurfaceTypeYCbCrA4224_16bits_Shaped: return 96 * uiBlocks;
-    case keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped: return 128 * uiBlocks;
+    case keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped:
+    case keQxcSurfaceTypeK64ARGB_Unshaped: return 128 * uiBlocks;
+    case keQxcSurfaceTypeR4FL_Unshaped: return 256 * uiBlocks;
     case keQxcSurfaceTypeV210_10bits: return NQxcKernels::V210LinePixels(in_uiWidth) / 6 * 16;
     default: return 0;
     }
@@ -143,7 +181,9 @@ inline SQxcBlockJob MakeJob(const CQxcSurface& in_rDestination, const CQxcSurfac
     SQxcBlockJob sJob = {};
     sJob.pucSource = in_rSource.GetCurrentPosition();
     sJob.lSourcePitch = in_rSource.GetPitch();
-    sJob.uiSourceFirstPixel = 16 * in_rSource.GetCursorBlock();
+    sJob.uiSourceFirstPixel = in_rSource.GetSurfaceType() >= keQxcSurfaceTypeRGBA_8bits_Unshaped
+                                  ? static_cast<const CQxcBufferSurface&>(in_rSource).GetCursorPixel()
+                                  : 16 * in_rSource.GetCursorBlock();
     sJob.uiSourceLinePixels = in_rSource.GetSurfaceType() == keQxcSurfaceTypeV210_10bits
                                   ? NQxcKernels::V210LinePixels(in_rSource.GetWidth())
                                   : in_rSource.GetWidth();
@@ -157,6 +197,8 @@ inline SQxcBlockJob MakeJob(const CQxcSurface& in_rDestination, const CQxcSurfac
     sJob.uiLines = in_uiLines;
     sJob.bSourceKeyPresent = in_rSource.IsKeyPresent();
     sJob.bCachedStores = in_rDestination.HasCachedStores();
+    if (in_rDestination.GetSurfaceType() == keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped)
+        sJob.psCoeff = static_cast<const CQxcYCbCrA4224_16bits_UnshapedSurface&>(in_rDestination).GetRgbCoeff();
     return sJob;
 }
 

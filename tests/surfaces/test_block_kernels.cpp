@@ -45,7 +45,7 @@ void StoreEdge422(uint8_t* out_puc, std::mt19937& io_rRandom)
     SScalar444 s444;
     MakeEdgeBlock(io_rRandom, s444);
     SScalar422 s422;
-    X444To422::Apply(s444, s422);
+    X444To422(SQxcBlockJob{}).Apply(s444, s422);
     TLayout::template Store<keStoreUnaligned>(out_puc, s422);
 }
 
@@ -55,6 +55,31 @@ void StoreEdge444(uint8_t* out_puc, std::mt19937& io_rRandom)
     SScalar444 s444;
     MakeEdgeBlock(io_rRandom, s444);
     TLayout::template Store<keStoreUnaligned>(out_puc, s444);
+}
+
+// Edge values of the hub's RGB sources: black, white, full and zero keys,
+// and for floats values outside the nominal range and NaN.
+void WriteEdgeRgb(EQxcSurfaceType in_eType, uint8_t* out_puc, std::mt19937& io_rRandom)
+{
+    static const uint16_t kaus10[] = {0, 1, 64, 512, 940, 1020, 1023};
+    static const float kaf[] = {0.0f, 1.0f, -0.5f, 0.5f, 1.5f, -1.0f, 0.25f, NAN, INFINITY};
+    for (unsigned p = 0; p < 16; ++p) {
+        if (in_eType == keQxcSurfaceTypeA2R10G10B10_Unshaped) {
+            const uint32_t ui = (io_rRandom() % 4) << 30 | uint32_t(kaus10[io_rRandom() % 7]) << 20 |
+                                uint32_t(kaus10[io_rRandom() % 7]) << 10 | kaus10[io_rRandom() % 7];
+            std::memcpy(out_puc + 4 * p, &ui, 4);
+        } else if (in_eType == keQxcSurfaceTypeK64ARGB_Unshaped) {
+            static const uint16_t kaus16[] = {0, 0x00ff, 0x4000, 0xff00, 0xffff};
+            for (unsigned c = 0; c < 4; ++c) {
+                const uint16_t us = kaus16[io_rRandom() % 5];
+                out_puc[8 * p + 2 * c] = static_cast<uint8_t>(us >> 8);
+                out_puc[8 * p + 2 * c + 1] = static_cast<uint8_t>(us);
+            }
+        } else {
+            for (unsigned c = 0; c < 4; ++c)
+                std::memcpy(out_puc + 16 * p + 4 * c, &kaf[io_rRandom() % 9], 4);
+        }
+    }
 }
 
 // Writes edge values into every block of every line of a picture.
@@ -77,11 +102,14 @@ void WriteEdgeFrame(EQxcSurfaceType in_eType, const CPicture& in_r, unsigned in_
             case keQxcSurfaceTypeYCbCrA4224_16bits_Shaped: StoreEdge422<L4224_16>(puc + 96 * b, io_rRandom); break;
             case keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped: StoreEdge444<L4444_16>(puc + 128 * b, io_rRandom); break;
             case keQxcSurfaceTypeAYCbCr4444_8bits_Shaped: StoreEdge444<LAycbcr8>(puc + 64 * b, io_rRandom); break;
+            case keQxcSurfaceTypeA2R10G10B10_Unshaped:
+            case keQxcSurfaceTypeK64ARGB_Unshaped:
+            case keQxcSurfaceTypeR4FL_Unshaped: WriteEdgeRgb(in_eType, puc + LineBytes(in_eType, 16) * b, io_rRandom); break;
             case keQxcSurfaceTypeV210_10bits: {
                 SScalar444 s444;
                 MakeEdgeBlock(io_rRandom, s444);
                 SScalar422 s422;
-                X444To422::Apply(s444, s422);
+                X444To422(SQxcBlockJob{}).Apply(s444, s422);
                 V210StoreBlock(puc, 16 * b, V210LinePixels(in_uiWidth), s422);
                 break;
             }
@@ -173,6 +201,14 @@ void RunCase(const SMatrixEntry& in_rs, const SCase& in_rc, std::mt19937& io_rRa
     pSource->Initialize(oSource.Data(), in_rc.uiWidth, in_rc.uiLines, lSourcePitch, in_rc.bKeyPresent, eColorimetry);
     pKernel->Initialize(oKernel.Data(), in_rc.uiWidth, in_rc.uiLines, lDestinationPitch, true, eColorimetry);
     pReference->Initialize(oReference.Data(), in_rc.uiWidth, in_rc.uiLines, lDestinationPitch, true, eColorimetry);
+    if (in_rs.eDestination == keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped) {
+        // The RGB side: graphics or video levels, each standard.
+        const EQxcColorRange eRange = in_rc.bEdge ? keQxcColorRangeGraphic : keQxcColorRangeVideo;
+        const EQxColorimetry eRgb = static_cast<EQxColorimetry>(1 + in_rc.uiWidth % 6);
+        for (CQxcSurface* p : {pKernel.get(), pReference.get()})
+            static_cast<CQxcYCbCrA4224_16bits_UnshapedSurface*>(p)->InitializeRGB10(
+                p->GetBuffer(), in_rc.uiWidth, in_rc.uiLines, lDestinationPitch, true, eColorimetry, eRange, eRgb);
+    }
     ASSERT_TRUE(pSource->SetPosition(16 * in_rc.uiSourceBlock, in_rc.uiFirstLine)) << s;
     ASSERT_TRUE(pKernel->SetPosition(16 * in_rc.uiDestinationBlock, in_rc.uiFirstLine)) << s;
     ASSERT_TRUE(pReference->SetPosition(16 * in_rc.uiDestinationBlock, in_rc.uiFirstLine)) << s;

@@ -308,6 +308,122 @@ TEST(BlockLayouts, YuyvAnd2vuyExchangeBytesExactly)
         }
 }
 
+// ------------------------------------------------------ RGB into the hub
+// A hub bound with an RGB side, and one 16-pixel line of an RGB source.
+struct SRgbPair {
+    SRgbPair(EQxcSurfaceType in_eSource, EQxcColorRange in_eRange, EQxColorimetry in_eRgb)
+        : oDestination(96, 1), oSource(LineBytes(in_eSource, 16), 1), pSource(CreateBlockSurface(in_eSource, false))
+    {
+        pHub.reset(CQxcSurfaceFactory().CreateYCbCrA4224_16bits_UnshapedSurface(false));
+        pHub->InitializeRGB10(oDestination.Data(), 16, 1, 96, true, keQxColorimetryITUR_BT_709, in_eRange, in_eRgb);
+        pSource->Initialize(oSource.Data(), 16, 1, oSource.Pitch(), true, keQxColorimetryITUR_BT_709);
+    }
+    bool Copy() { return pHub->CopyBlocksFrom(pSource.get(), 1, 1); }
+    uint16_t Y(unsigned p) const { return Word(oDestination.Data(), p); }
+    uint16_t Cb(unsigned p) const { return Word(oDestination.Data(), 16 + p / 2); }
+    uint16_t Cr(unsigned p) const { return Word(oDestination.Data(), 24 + p / 2); }
+    uint16_t K(unsigned p) const { return Word(oDestination.Data(), 32 + p); }
+
+    CPicture oDestination, oSource;
+    std::unique_ptr<CQxcYCbCrA4224_16bits_UnshapedSurface> pHub;
+    std::unique_ptr<CQxcSurface> pSource;
+};
+
+void SetA2r10(uint8_t* out_puc, unsigned p, uint32_t a, uint32_t r, uint32_t g, uint32_t b)
+{
+    SetWord32(out_puc, p, a << 30 | r << 20 | g << 10 | b);
+}
+
+TEST(BlockLayouts, A2r10g10b10ThroughTheMatrixKeepsGreyAndLevels)
+{
+    // Video levels: white, black and grey keep their level and have no chroma.
+    SRgbPair o(keQxcSurfaceTypeA2R10G10B10_Unshaped, keQxcColorRangeVideo, keQxColorimetryITUR_BT_709);
+    const uint32_t auiGrey[4] = {940, 64, 502, 1023};
+    for (unsigned p = 0; p < 16; ++p)
+        SetA2r10(o.oSource.Data(), p, p % 4, auiGrey[p % 4], auiGrey[p % 4], auiGrey[p % 4]);
+    ASSERT_TRUE(o.Copy());
+    for (unsigned p = 0; p < 16; ++p) {
+        EXPECT_EQ(auiGrey[p % 4], o.Y(p)) << p;
+        EXPECT_EQ(512, o.Cb(p));
+        EXPECT_EQ(512, o.Cr(p));
+        EXPECT_EQ((p % 4) * 341, o.K(p)) << "two key bits read as thirds";
+    }
+
+    // Graphics levels: 0..1023 lands on 64..940.
+    SRgbPair oG(keQxcSurfaceTypeA2R10G10B10_Unshaped, keQxcColorRangeGraphic, keQxColorimetryITUR_BT_601);
+    for (unsigned p = 0; p < 16; ++p)
+        SetA2r10(oG.oSource.Data(), p, 3, p < 8 ? 1023 : 0, p < 8 ? 1023 : 0, p < 8 ? 1023 : 0);
+    ASSERT_TRUE(oG.Copy());
+    EXPECT_EQ(940, oG.Y(0));
+    EXPECT_EQ(64, oG.Y(8));
+    EXPECT_EQ(512, oG.Cb(0));
+    EXPECT_EQ(512, oG.Cr(8));
+}
+
+// Primaries against the standard's matrix computed here in floating point.
+TEST(BlockLayouts, A2r10g10b10PrimariesFollowEachStandard)
+{
+    struct SStandard {
+        EQxColorimetry e;
+        double dKr, dKb;
+    };
+    const SStandard asStandards[] = {{keQxColorimetryITUR_BT_601, 0.299, 0.114},
+                                     {keQxColorimetryITUR_BT_709, 0.2126, 0.0722},
+                                     {keQxColorimetryITUR_BT_2100_PQ, 0.2627, 0.0593}};
+    for (const SStandard& rs : asStandards) {
+        SRgbPair o(keQxcSurfaceTypeA2R10G10B10_Unshaped, keQxcColorRangeVideo, rs.e);
+        const uint32_t auiRgb[4][3] = {{940, 64, 64}, {64, 940, 64}, {64, 64, 940}, {700, 300, 500}};
+        for (unsigned p = 0; p < 16; ++p)
+            SetA2r10(o.oSource.Data(), p, 3, auiRgb[(p / 2) % 4][0], auiRgb[(p / 2) % 4][1], auiRgb[(p / 2) % 4][2]);
+        ASSERT_TRUE(o.Copy());
+        for (unsigned p = 0; p < 16; p += 2) {
+            const double r = auiRgb[(p / 2) % 4][0], g = auiRgb[(p / 2) % 4][1], b = auiRgb[(p / 2) % 4][2];
+            const double dKg = 1 - rs.dKr - rs.dKb;
+            const double dY = rs.dKr * r + dKg * g + rs.dKb * b;
+            const double dScale = 224.0 / 219.0;
+            const double dCb = 512 + (b - dY) / (2 * (1 - rs.dKb)) * dScale;
+            const double dCr = 512 + (r - dY) / (2 * (1 - rs.dKr)) * dScale;
+            EXPECT_NEAR(dY, o.Y(p), 1.0) << "colorimetry " << rs.e << " pixel " << p;
+            EXPECT_NEAR(dCb, o.Cb(p), 1.0) << "colorimetry " << rs.e << " pixel " << p;
+            EXPECT_NEAR(dCr, o.Cr(p), 1.0) << "colorimetry " << rs.e << " pixel " << p;
+        }
+    }
+}
+
+TEST(BlockLayouts, RgbSourcesNeedACoefficientSetAndTheFloatFormatDoesNot)
+{
+    SRgbPair o(keQxcSurfaceTypeA2R10G10B10_Unshaped, keQxcColorRangeYuv, keQxColorimetryITUR_BT_709);
+    const CPicture oBefore(o.oDestination);
+    EXPECT_FALSE(o.Copy()) << "no set for the YUV range";
+    EXPECT_TRUE(o.oDestination.SameAs(oBefore));
+
+    SRgbPair oF(keQxcSurfaceTypeR4FL_Unshaped, keQxcColorRangeYuv, keQxColorimetryITUR_BT_709);
+    const float afPixel[4] = {1.0f, -0.5f, 0.5f, 0.5f};
+    const float afOther[4] = {0.0f, 0.25f, NAN, 2.0f};
+    for (unsigned p = 0; p < 16; ++p)
+        std::memcpy(oF.oSource.Data() + 16 * p, p % 2 == 0 ? afPixel : afOther, 16);
+    ASSERT_TRUE(oF.Copy());
+    EXPECT_EQ(940, oF.Y(0));
+    EXPECT_EQ(64, oF.Cb(0));
+    EXPECT_EQ(960, oF.Cr(0));
+    EXPECT_EQ(512, oF.K(0)) << "511.5 rounds to even";
+    EXPECT_EQ(64, oF.Y(1));
+    EXPECT_EQ(1023, oF.K(1)) << "clamped";
+}
+
+TEST(BlockLayouts, K64argbIsBigEndianAndReadsItsTopTenBits)
+{
+    SRgbPair o(keQxcSurfaceTypeK64ARGB_Unshaped, keQxcColorRangeGraphic, keQxColorimetryITUR_BT_709);
+    for (unsigned p = 0; p < 16; ++p) {
+        const uint8_t auc[8] = {0x80, 0x00, 0xff, 0xff, 0xff, 0xff, 0xff, 0xc0};  // A 0x8000, RGB white
+        std::memcpy(o.oSource.Data() + 8 * p, auc, 8);
+    }
+    ASSERT_TRUE(o.Copy());
+    EXPECT_EQ(512, o.K(0));
+    EXPECT_EQ(940, o.Y(0));
+    EXPECT_EQ(512, o.Cb(0));
+}
+
 // ------------------------------------------------------------ round trips
 // Converts a random picture from in_eFirst through in_eMiddle back to
 // in_eFirst and expects the original bytes.
