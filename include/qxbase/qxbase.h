@@ -27,5 +27,6 @@
 #include <qxbase/qxunnamedevent.h>
 #include <qxbase/qxsyncprimitives.h>
 #include <qxbase/qxsync.h>
+#include <qxbase/qxperftimer.h>
 
 #endif  // QXBASE_QXBASE_H
