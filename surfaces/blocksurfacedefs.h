@@ -10,10 +10,13 @@
 // One dispatch table entry from a class's kernel list.
 #define QXC_TABLE_ENTRY(Name, SourceType) ms_apfnCopyFunctions[SourceType] = &CSelf::Name;
 
-// A middle class's dispatch table and its filling from the kernel list.
+// A middle class's dispatch table and its filling from the kernel list. The
+// table is filled when the library is loaded, before any thread can make a
+// surface; a constructor that runs earlier (from another static
+// initializer) fills it itself, with the same values.
 #define QXC_DEFINE_COPY_FUNCTION_TABLE(Class, KernelList)                                         \
     Class::PFNCopyBlocks Class::ms_apfnCopyFunctions[kiQxcSurfaceTypeCount];                      \
-    bool Class::ms_bCopyFunctionTableInitialized = false;                                         \
+    bool Class::ms_bCopyFunctionTableInitialized = (InitializeCopyFunctionTable(), true);         \
     void Class::InitializeCopyFunctionTable()                                                     \
     {                                                                                             \
         typedef Class CSelf;                                                                      \

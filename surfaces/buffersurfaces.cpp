@@ -5,10 +5,12 @@
 
 #include "surfaces/kernels/v210.h"
 
-// Statics, constructor (which fills the table on first use) and destructor.
+// Statics, constructor and destructor. The table is filled when the library
+// is loaded, before any thread can make a surface (a constructor that runs
+// earlier, from another static initializer, fills it itself).
 #define QXC_DEFINE_BUFFER_MIDDLE_BASE(Class, Base, Type, BlockSize, GroupBytes, GroupPixels)             \
     Class::PFNCopy Class::ms_apfnCopyFunctions[kiQxcSurfaceTypeCount][2];                                 \
-    bool Class::ms_bCopyFunctionTableInitialized = false;                                                 \
+    bool Class::ms_bCopyFunctionTableInitialized = (InitializeCopyFunctionTable(), true);                 \
     Class::Class(bool in_bCachedStores) : Base(Type, BlockSize, GroupBytes, GroupPixels, in_bCachedStores) \
     {                                                                                                     \
         if (!ms_bCopyFunctionTableInitialized)                                                            \
