@@ -28,5 +28,6 @@
 #include <qxbase/qxsyncprimitives.h>
 #include <qxbase/qxsync.h>
 #include <qxbase/qxperftimer.h>
+#include <qxbase/qxworkqueue.h>
 
 #endif  // QXBASE_QXBASE_H

@@ -189,6 +189,8 @@ uint32_t qxTestSeed()
 
 int main(int argc, char** argv)
 {
+    int iStatus = 0;
+    if (qxTestPreMain && qxTestPreMain(argc, argv, &iStatus)) return iStatus;
     testing::InitGoogleTest(&argc, argv);
     if (const char* pszBudget = getenv("QX_TEST_WATCHDOG_SECONDS")) g_rWatch.m_dDefaultBudget = atof(pszBudget);
     // backtrace() loads its unwinder on first use, which is not safe inside

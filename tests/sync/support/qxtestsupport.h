@@ -39,6 +39,11 @@ uint32_t qxTestSeed();
 void qxWatchdogSetBudget(double in_dSeconds);
 [[noreturn]] void qxWatchdogFire(const char* in_pszReason);
 
+// A program may define this to run itself elsewhere first (e.g. inside a
+// private mount namespace): when it returns true, main returns *out_iStatus
+// without running the tests here.
+bool qxTestPreMain(int argc, char** argv, int* out_iStatus) __attribute__((weak));
+
 // Joins the thread, or fires the watchdog when it has not finished in time
 // (a deadlocked thread cannot be joined and must not hang the run).
 void qxJoinWithin(std::thread& io_oThread, double in_dSeconds, const char* in_pszWhat);
