@@ -29,5 +29,6 @@
 #include <qxbase/qxsync.h>
 #include <qxbase/qxperftimer.h>
 #include <qxbase/qxworkqueue.h>
+#include <qxbase/qxthread.h>
 
 #endif  // QXBASE_QXBASE_H

@@ -1,0 +1,407 @@
+// Threads: creation (suspended or running), resume, waits and exit codes,
+// destruction without resume, priority and affinity before and after the
+// start, and many threads created and destroyed at once.
+#include <qxbase/qxthread.h>
+
+#include "tests/sync/support/qxtestsupport.h"
+
+#include <gtest/gtest.h>
+
+#include <errno.h>
+#include <string.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using std::chrono::milliseconds;
+
+// Procedures get a std::function through the argument.
+unsigned int RunFunction(void* in_pFunction)
+{
+    return (*static_cast<std::function<unsigned int()>*>(in_pFunction))();
+}
+
+template <class TException>
+std::string MessageOf(const std::function<void()>& in_fnCall)
+{
+    try {
+        in_fnCall();
+    } catch (const TException& oException) {
+        return oException.GetMessage();
+    } catch (...) {
+        return "<other exception>";
+    }
+    return "<no exception>";
+}
+
+// Whether this process may give a thread a SCHED_RR priority, and if not why.
+bool RealTimeAllowed(std::string* out_pstrWhy)
+{
+    bool bAllowed = false;
+    std::thread oProbe([&] {
+        sched_param sParameter;
+        memset(&sParameter, 0, sizeof(sParameter));
+        sParameter.sched_priority = 1;
+        int iResult = pthread_setschedparam(pthread_self(), SCHED_RR, &sParameter);
+        bAllowed = iResult == 0;
+        if (!bAllowed) *out_pstrWhy = std::string("SCHED_RR refused: ") + strerror(iResult);
+    });
+    oProbe.join();
+    return bAllowed;
+}
+
+// The processors this process may run on.
+cpu_set_t AllowedProcessors()
+{
+    cpu_set_t sSet;
+    CPU_ZERO(&sSet);
+    sched_getaffinity(0, sizeof(sSet), &sSet);
+    return sSet;
+}
+
+TEST(ThreadCreation, RefusesANullProcedureAndASecondCreate)
+{
+    CQxThread oThread;
+    EXPECT_EQ("CQxThread::Create -- parameter in_pfnThreadProc is NULL",
+              MessageOf<CQxThreadException>([&] { oThread.Create(nullptr, nullptr, false, 0, false); }));
+    // Nothing started: the object can still be created, once.
+    EXPECT_EQ(0u, oThread.GetThreadId());
+    EXPECT_FALSE(oThread.Wait(0));
+    std::function<unsigned int()> fnProcedure = [] { return 7u; };
+    oThread.Create(RunFunction, &fnProcedure, false, 0, false);
+    EXPECT_EQ("CQxThread::Create -- m_uiThreadID is non-NULL",
+              MessageOf<CQxThreadException>([&] { oThread.Create(RunFunction, &fnProcedure, false, 0, false); }));
+    EXPECT_TRUE(oThread.Wait(10000));
+    EXPECT_EQ(7u, oThread.GetExitCode());
+}
+
+TEST(ThreadCreation, IsAHandleObjectThatCannotBeReleased)
+{
+    CQxThread oThread;
+    EXPECT_EQ(0, oThread.GetObjectType());
+    EXPECT_EQ("CQxHandleSyncObject::Release -> this is not a valid call",
+              MessageOf<CQxHandleSyncObjectException>([&] { oThread.Release(); }));
+}
+
+TEST(ThreadLifecycle, ASuspendedThreadRunsOnlyAfterResume)
+{
+    std::atomic<bool> bRan{false};
+    CQxTestGate oFinish;
+    std::function<unsigned int()> fnProcedure = [&] {
+        bRan = true;
+        oFinish.WaitOpen(milliseconds(10000));
+        return 42u;
+    };
+    CQxThread oThread;
+    oThread.Create(RunFunction, &fnProcedure, true, 0, false);
+    std::this_thread::sleep_for(milliseconds(30));
+    EXPECT_FALSE(bRan.load());
+    EXPECT_FALSE(oThread.Wait(0));
+    EXPECT_EQ(1u, oThread.GetExitCode());
+    oThread.Resume();
+    double dDeadline = qxTestNow() + 10;
+    while (!bRan.load() && qxTestNow() < dDeadline) std::this_thread::yield();
+    EXPECT_TRUE(bRan.load());
+    // Running, not returned yet.
+    EXPECT_EQ(1u, oThread.GetExitCode());
+    EXPECT_FALSE(oThread.Wait(10));
+    oFinish.Open();
+    EXPECT_TRUE(oThread.Wait(kulQxInfinite));
+    EXPECT_EQ(42u, oThread.GetExitCode());
+}
+
+TEST(ThreadLifecycle, SuspendHoldsBackAThreadNotYetResumed)
+{
+    std::atomic<bool> bRan{false};
+    std::function<unsigned int()> fnProcedure = [&] {
+        bRan = true;
+        return 3u;
+    };
+    CQxThread oThread;
+    oThread.Create(RunFunction, &fnProcedure, true, 0, false);
+    oThread.Resume();
+    oThread.Suspend();
+    // It may have passed the resume gate in between; either way it finishes
+    // once resumed again.
+    oThread.Resume();
+    EXPECT_TRUE(oThread.Wait(10000));
+    EXPECT_TRUE(bRan.load());
+    EXPECT_EQ(3u, oThread.GetExitCode());
+}
+
+TEST(ThreadLifecycle, DestroyingANeverResumedThreadRunsItsProcedureFirst)
+{
+    std::atomic<int> iRuns{0};
+    std::function<unsigned int()> fnProcedure = [&] {
+        std::this_thread::sleep_for(milliseconds(20));
+        ++iRuns;
+        return 0u;
+    };
+    {
+        CQxThread oThread;
+        oThread.Create(RunFunction, &fnProcedure, true, 0, false);
+    }
+    EXPECT_EQ(1, iRuns.load());
+    // A thread that finished long before its object goes is joined too.
+    {
+        CQxCOMThread oThread;
+        oThread.Create(RunFunction, &fnProcedure, false, 0, true);
+        EXPECT_TRUE(oThread.Wait(10000));
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+    EXPECT_EQ(2, iRuns.load());
+}
+
+TEST(ThreadLifecycle, StackSizeDefaultsToHalfAMebibyte)
+{
+    for (unsigned int uiRequested : {0u, 1u << 20}) {
+        size_t uiStackSize = 0;
+        std::function<unsigned int()> fnProcedure = [&] {
+            pthread_attr_t sAttributes;
+            pthread_getattr_np(pthread_self(), &sAttributes);
+            pthread_attr_getstacksize(&sAttributes, &uiStackSize);
+            pthread_attr_destroy(&sAttributes);
+            return 0u;
+        };
+        CQxThread oThread;
+        oThread.Create(RunFunction, &fnProcedure, false, uiRequested, false);
+        ASSERT_TRUE(oThread.Wait(10000));
+        size_t uiExpected = uiRequested ? uiRequested : 524288;
+        EXPECT_GE(uiStackSize, uiExpected);
+        EXPECT_LT(uiStackSize, uiExpected + 65536) << "requested " << uiRequested;
+    }
+}
+
+TEST(ThreadPriority, IsClampedAndScaled)
+{
+    CQxThread oThread;
+    EXPECT_EQ(1, oThread.GetPriority());
+    const int aaiCases[][2] = {{0, 31}, {100, 95}, {-20, 1}, {32, 95}, {-15, 1}, {5, 41}, {-1, 29}};
+    for (const auto& aiCase : aaiCases) {
+        oThread.SetPriority(aiCase[0]);  // not started: stored, nothing applied
+        EXPECT_EQ(aiCase[1], oThread.GetPriority()) << aiCase[0];
+    }
+}
+
+// The policy and priority the thread itself sees.
+struct SSchedule {
+    int iPolicy = -1;
+    int iPriority = -1;
+};
+
+SSchedule ScheduleOf(pthread_t in_oThread)
+{
+    SSchedule sSchedule;
+    sched_param sParameter;
+    pthread_getschedparam(in_oThread, &sSchedule.iPolicy, &sParameter);
+    sSchedule.iPriority = sParameter.sched_priority;
+    return sSchedule;
+}
+
+TEST(ThreadPriority, AppliesRoundRobinBeforeAndAfterTheStart)
+{
+    std::string strWhy;
+    if (!RealTimeAllowed(&strWhy)) GTEST_SKIP() << strWhy;
+    CQxTestGate oGoOn;
+    SSchedule sAtStart;
+    std::atomic<bool> bStarted{false};
+    std::function<unsigned int()> fnProcedure = [&] {
+        sAtStart = ScheduleOf(pthread_self());
+        bStarted = true;
+        oGoOn.WaitOpen(milliseconds(10000));
+        return 0u;
+    };
+    CQxThread oThread;
+    oThread.SetPriority(5);
+    oThread.Create(RunFunction, &fnProcedure, false, 0, false);
+    double dDeadline = qxTestNow() + 10;
+    while (!bStarted.load() && qxTestNow() < dDeadline) std::this_thread::yield();
+    ASSERT_TRUE(bStarted.load());
+    oThread.SetPriority(10);
+    SSchedule sAfter = ScheduleOf(oThread.GetThreadId());
+    oGoOn.Open();
+    ASSERT_TRUE(oThread.Wait(10000));
+    EXPECT_EQ(SCHED_RR, sAtStart.iPolicy);
+    EXPECT_EQ(41, sAtStart.iPriority);
+    EXPECT_EQ(SCHED_RR, sAfter.iPolicy);
+    EXPECT_EQ(51, sAfter.iPriority);
+}
+
+// Where round-robin scheduling is allowed (as root), the refusal is provoked
+// from a helper thread that gives up its own credentials first (the kernel
+// keeps credentials per thread; the raw system call changes only the
+// caller's, and the helper ends right after).
+TEST(ThreadPriority, ARefusedPriorityOnARunningThreadThrows)
+{
+    std::string strWhy;
+    const bool bAllowed = RealTimeAllowed(&strWhy);
+    CQxTestGate oGoOn;
+    std::function<unsigned int()> fnProcedure = [&] {
+        oGoOn.WaitOpen(milliseconds(10000));
+        return 0u;
+    };
+    CQxThread oThread;
+    oThread.Create(RunFunction, &fnProcedure, false, 0, false);
+    std::string strMessage;
+    std::string strSkip;
+    std::thread oCaller([&] {
+        if (bAllowed && syscall(SYS_setresuid, 65534, 65534, 65534) != 0) {
+            strSkip = std::string("cannot drop this thread's credentials: ") + strerror(errno);
+            return;
+        }
+        strMessage = MessageOf<CQxThreadException>([&] { oThread.SetPriority(3); });
+    });
+    oCaller.join();
+    oGoOn.Open();
+    EXPECT_TRUE(oThread.Wait(10000));
+    if (!strSkip.empty()) GTEST_SKIP() << strSkip;
+    EXPECT_EQ("CQxThread::SetPriority -> error occurred in pthread_setschedparam", strMessage);
+    // The value was stored all the same.
+    EXPECT_EQ(37, oThread.GetPriority());
+}
+
+cpu_set_t AffinityOf(pthread_t in_oThread)
+{
+    cpu_set_t sSet;
+    CPU_ZERO(&sSet);
+    pthread_getaffinity_np(in_oThread, sizeof(sSet), &sSet);
+    return sSet;
+}
+
+TEST(ThreadAffinity, MasksAddUpBeforeAndAfterTheStart)
+{
+    cpu_set_t sAllowed = AllowedProcessors();
+    if (!CPU_ISSET(0, &sAllowed) || !CPU_ISSET(1, &sAllowed))
+        GTEST_SKIP() << "needs processors 0 and 1, this process may use " << CPU_COUNT(&sAllowed);
+    CQxTestGate oGoOn;
+    cpu_set_t sAtStart;
+    std::atomic<bool> bStarted{false};
+    std::function<unsigned int()> fnProcedure = [&] {
+        sAtStart = AffinityOf(pthread_self());
+        bStarted = true;
+        oGoOn.WaitOpen(milliseconds(10000));
+        return 0u;
+    };
+
+    // A zero mask requests nothing: the thread keeps the inherited set.
+    {
+        CQxThread oThread;
+        oThread.SetAffinityMask(0);
+        oThread.Create(RunFunction, &fnProcedure, false, 0, false);
+        oGoOn.Open();
+        ASSERT_TRUE(oThread.Wait(10000));
+        EXPECT_TRUE(CPU_EQUAL(&sAllowed, &sAtStart));
+    }
+
+    // Processor 0, then processor 1: both apply at the start.
+    CQxTestGate oGoOn2;
+    std::function<unsigned int()> fnHeld = [&] {
+        sAtStart = AffinityOf(pthread_self());
+        bStarted = true;
+        oGoOn2.WaitOpen(milliseconds(10000));
+        return 0u;
+    };
+    bStarted = false;
+    CQxThread oThread;
+    oThread.SetAffinityMask(1u);
+    oThread.SetAffinityMask(2u);
+    oThread.Create(RunFunction, &fnHeld, false, 0, false);
+    double dDeadline = qxTestNow() + 10;
+    while (!bStarted.load() && qxTestNow() < dDeadline) std::this_thread::yield();
+    ASSERT_TRUE(bStarted.load());
+    EXPECT_EQ(2, CPU_COUNT(&sAtStart));
+    EXPECT_TRUE(CPU_ISSET(0, &sAtStart));
+    EXPECT_TRUE(CPU_ISSET(1, &sAtStart));
+    // A later, smaller mask removes nothing.
+    oThread.SetAffinityMask(1u);
+    cpu_set_t sLater = AffinityOf(oThread.GetThreadId());
+    EXPECT_EQ(2, CPU_COUNT(&sLater));
+    oGoOn2.Open();
+    EXPECT_TRUE(oThread.Wait(10000));
+}
+
+TEST(ThreadAffinity, ARunningThreadTakesItsFirstMaskAndRefusesImpossibleOnes)
+{
+    cpu_set_t sAllowed = AllowedProcessors();
+    if (!CPU_ISSET(0, &sAllowed)) GTEST_SKIP() << "processor 0 is not available to this process";
+    CQxTestGate oGoOn;
+    std::function<unsigned int()> fnProcedure = [&] {
+        oGoOn.WaitOpen(milliseconds(10000));
+        return 0u;
+    };
+    CQxThread oThread;
+    oThread.Create(RunFunction, &fnProcedure, false, 0, false);
+    oThread.SetAffinityMask(1u);
+    cpu_set_t sNow = AffinityOf(oThread.GetThreadId());
+    EXPECT_EQ(1, CPU_COUNT(&sNow));
+    EXPECT_TRUE(CPU_ISSET(0, &sNow));
+    oGoOn.Open();
+    EXPECT_TRUE(oThread.Wait(10000));
+
+    if (CPU_ISSET(31, &sAllowed)) GTEST_SKIP() << "processor 31 exists here; no impossible mask to try";
+    CQxTestGate oGoOn2;
+    std::function<unsigned int()> fnHeld = [&] {
+        oGoOn2.WaitOpen(milliseconds(10000));
+        return 0u;
+    };
+    CQxThread oOther;
+    oOther.Create(RunFunction, &fnHeld, false, 0, false);
+    EXPECT_EQ("CQxThread::SetAffinityMask -> error occurred in pthread_setaffinity_np",
+              MessageOf<CQxThreadException>([&] { oOther.SetAffinityMask(1u << 31); }));
+    oGoOn2.Open();
+    EXPECT_TRUE(oOther.Wait(10000));
+}
+
+// Threads created, held, resumed, re-prioritised and destroyed from several
+// threads at once; settings race with the starts.
+TEST(ThreadStress, ManyThreadsComeAndGo)
+{
+    const long klRounds = qxTestScale(60, 15);
+    constexpr int kiOwners = 4, kiPerOwner = 4;
+    std::string strWhy;
+    const bool bRealTime = RealTimeAllowed(&strWhy);
+    std::atomic<long> lRan{0}, lBadExitCodes{0}, lRefusedWhileAlive{0};
+    std::vector<std::thread> vecOwners;
+    for (int o = 0; o < kiOwners; ++o)
+        vecOwners.emplace_back([&, o] {
+            std::function<unsigned int()> fnProcedure = [&] {
+                ++lRan;
+                return 5u;
+            };
+            for (long lRound = 0; lRound < klRounds; ++lRound) {
+                std::vector<std::unique_ptr<CQxThread>> vecThreads;
+                for (int i = 0; i < kiPerOwner; ++i) {
+                    vecThreads.emplace_back(i % 2 ? new CQxCOMThread : new CQxThread);
+                    vecThreads.back()->Create(RunFunction, &fnProcedure, (i + o) % 2 == 0, 0, false);
+                    // A thread that already finished refuses its settings.
+                    try {
+                        if (bRealTime) vecThreads.back()->SetPriority(i);
+                        vecThreads.back()->SetAffinityMask(1u);
+                    } catch (const CQxThreadException&) {
+                        if (!vecThreads.back()->Wait(0)) ++lRefusedWhileAlive;
+                    }
+                }
+                for (int i = 0; i < kiPerOwner; ++i) {
+                    if (i % 3 == 0) vecThreads[static_cast<size_t>(i)]->Resume();
+                    if (i % 3 == 1 && vecThreads[static_cast<size_t>(i)]->Wait(0) &&
+                        vecThreads[static_cast<size_t>(i)]->GetExitCode() != 5u)
+                        ++lBadExitCodes;
+                }
+                // Some never resumed: destruction runs them.
+            }
+        });
+    for (auto& oOwner : vecOwners) qxJoinWithin(oOwner, 120, "thread owner");
+    EXPECT_EQ(klRounds * kiOwners * kiPerOwner, lRan.load());
+    EXPECT_EQ(0, lBadExitCodes.load());
+    EXPECT_EQ(0, lRefusedWhileAlive.load());
+}
+
+}  // namespace
