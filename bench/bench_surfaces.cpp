@@ -115,9 +115,17 @@ class CRatioReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& in_rvRuns) override
     {
-        for (const Run& r : in_rvRuns)
-            if (!r.error_occurred)
-                m_mapSeconds[r.run_name.function_name] = r.GetAdjustedRealTime() / 1e3;  // ms -> s
+        for (const Run& r : in_rvRuns) {
+            // With repetitions, the median stands for the benchmark.
+            const bool bAggregate = r.run_type == Run::RT_Aggregate;
+            if (r.error_occurred || (bAggregate && r.aggregate_name != "median"))
+                continue;
+            if (!bAggregate && m_mapMedian.count(r.run_name.function_name) != 0)
+                continue;
+            if (bAggregate)
+                m_mapMedian[r.run_name.function_name] = true;
+            m_mapSeconds[r.run_name.function_name] = r.GetAdjustedRealTime() / 1e3;  // ms -> s
+        }
         ConsoleReporter::ReportRuns(in_rvRuns);
     }
 
@@ -147,6 +155,7 @@ private:
         std::string sAgainst;
     };
     std::map<std::string, double> m_mapSeconds;
+    std::map<std::string, bool> m_mapMedian;
     std::vector<SPair> m_vPairs;
 };
 
