@@ -1,0 +1,52 @@
+// A console reporter that remembers each benchmark's real time per
+// iteration and, once the run is over, prints the ratios between chosen
+// pairs: both sides of a ratio come from the same run on the same machine.
+#ifndef QXBASE_BENCH_QXBENCHRATIOS_H
+#define QXBASE_BENCH_QXBENCHRATIOS_H
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+class CQxBenchRatios : public benchmark::ConsoleReporter {
+public:
+    // After the run, prints time(subject) / time(reference) per iteration.
+    void Compare(const std::string& in_strSubject, const std::string& in_strReference, const std::string& in_strNote)
+    {
+        m_vecComparisons.push_back({in_strSubject, in_strReference, in_strNote});
+    }
+
+    void ReportRuns(const std::vector<Run>& in_vecRuns) override
+    {
+        for (const Run& oRun : in_vecRuns)
+            if (!oRun.error_occurred && oRun.run_type == Run::RT_Iteration)
+                m_mapTimes[oRun.run_name.str()] = oRun.GetAdjustedRealTime();
+        ConsoleReporter::ReportRuns(in_vecRuns);
+    }
+
+    void Finalize() override
+    {
+        ConsoleReporter::Finalize();
+        std::printf("\nMeasured in this run (time per iteration, subject / reference):\n");
+        for (const SComparison& sComparison : m_vecComparisons) {
+            auto itSubject = m_mapTimes.find(sComparison.strSubject);
+            auto itReference = m_mapTimes.find(sComparison.strReference);
+            if (itSubject == m_mapTimes.end() || itReference == m_mapTimes.end()) continue;
+            std::printf("  %-40s / %-44s = %6.3f  %s\n", sComparison.strSubject.c_str(),
+                        sComparison.strReference.c_str(), itSubject->second / itReference->second,
+                        sComparison.strNote.c_str());
+        }
+    }
+
+private:
+    struct SComparison {
+        std::string strSubject, strReference, strNote;
+    };
+    std::map<std::string, double> m_mapTimes;
+    std::vector<SComparison> m_vecComparisons;
+};
+
+#endif  // QXBASE_BENCH_QXBENCHRATIOS_H
