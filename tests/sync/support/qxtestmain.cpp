@@ -136,6 +136,10 @@ class CWatchdogListener : public testing::EmptyTestEventListener {
 
 void qxWatchdogSetBudget(double in_dSeconds)
 {
+    if (const testing::TestInfo* pTest = testing::UnitTest::GetInstance()->current_test_info()) {
+        std::lock_guard<std::mutex> oLock(g_rWatch.m_oMutex);
+        g_rWatch.m_strCurrentTest = std::string(pTest->test_suite_name()) + "." + pTest->name();
+    }
     Arm(in_dSeconds);
 }
 
