@@ -95,6 +95,15 @@ CQxVirtualSyncObject* AdoptOrThrow(CQxVirtualSyncObject* in_pObject, int in_iErr
     return in_pObject;
 }
 
+// The lower object a call forwards to; a missing one throws the caller's
+// message.
+template <class TException, class TObject>
+TObject* Present(TObject* in_pObject, const char* in_pszMessage)
+{
+    if (!in_pObject) throw TException(in_pszMessage);
+    return in_pObject;
+}
+
 }  // namespace
 
 CQxMutex::CQxMutex()
@@ -121,14 +130,12 @@ CQxMutex::~CQxMutex()
 
 bool CQxMutex::Wait(unsigned long in_ulMilliseconds)
 {
-    if (!m_pSyncObject) throw CQxMutexException("CQxMutex::Wait -> object is NULL");
-    return m_pSyncObject->Wait(in_ulMilliseconds);
+    return Present<CQxMutexException>(m_pSyncObject, "CQxMutex::Wait -> object is NULL")->Wait(in_ulMilliseconds);
 }
 
 int CQxMutex::Release()
 {
-    if (!m_pSyncObject) throw CQxMutexException("CQxMutex::Release -> object is NULL");
-    return m_pSyncObject->Release();
+    return Present<CQxMutexException>(m_pSyncObject, "CQxMutex::Release -> object is NULL")->Release();
 }
 
 // --- semaphore ----------------------------------------------------------------------
@@ -150,14 +157,13 @@ CQxSemaphore::~CQxSemaphore()
 
 bool CQxSemaphore::Wait(unsigned long in_ulMilliseconds)
 {
-    if (!m_pSyncObject) throw CQxSemaphoreException("CQxSemaphore::Wait -> object is NULL");
-    return m_pSyncObject->Wait(in_ulMilliseconds);
+    return Present<CQxSemaphoreException>(m_pSyncObject, "CQxSemaphore::Wait -> object is NULL")
+        ->Wait(in_ulMilliseconds);
 }
 
 int CQxSemaphore::Release()
 {
-    if (!m_pSyncObject) throw CQxSemaphoreException("CQxSemaphore::Release -> object is NULL");
-    return m_pSyncObject->Release();
+    return Present<CQxSemaphoreException>(m_pSyncObject, "CQxSemaphore::Release -> object is NULL")->Release();
 }
 
 // --- event --------------------------------------------------------------------------
@@ -177,20 +183,17 @@ CQxEvent::~CQxEvent()
 
 int CQxEvent::Set()
 {
-    if (!m_pEvent) throw CQxEventException("CQxEvent::Set() --> failed");
-    return m_pEvent->Set();
+    return Present<CQxEventException>(m_pEvent, "CQxEvent::Set() --> failed")->Set();
 }
 
 int CQxEvent::Reset()
 {
-    if (!m_pEvent) throw CQxEventException("CQxEvent::Reset() --> failed");
-    return m_pEvent->Reset();
+    return Present<CQxEventException>(m_pEvent, "CQxEvent::Reset() --> failed")->Reset();
 }
 
 bool CQxEvent::Wait(unsigned long in_ulMilliseconds)
 {
-    if (!m_pEvent) throw CQxEventException("CQxEvent::Wait() --> Invalid object");
-    return m_pEvent->Wait(in_ulMilliseconds);
+    return Present<CQxEventException>(m_pEvent, "CQxEvent::Wait() --> Invalid object")->Wait(in_ulMilliseconds);
 }
 
 // --- scope guards ----------------------------------------------------------------------

@@ -7,6 +7,23 @@
 
 CQxVirtualSyncObject::~CQxVirtualSyncObject() {}
 
+namespace {
+
+// The time-out rule shared by every wait of this layer: 0 tries once, exactly
+// 4294967295 blocks, anything else waits until a CLOCK_REALTIME deadline.
+// Each argument returns the platform call's result (0 = acquired).
+template <class FTry, class FBlock, class FUntil>
+bool WaitByTimeout(unsigned long in_ulMilliseconds, FTry in_fnTry, FBlock in_fnBlock, FUntil in_fnUntil)
+{
+    if (in_ulMilliseconds == 0) return in_fnTry() == 0;
+    if (in_ulMilliseconds == kulQxInfinite) return in_fnBlock() == 0;
+    timespec sDeadline;
+    g_get_timeout_value(in_ulMilliseconds, sDeadline);
+    return in_fnUntil(sDeadline) == 0;
+}
+
+}  // namespace
+
 // --- unnamed mutex ----------------------------------------------------------
 
 CQxUnnamedMutex::CQxUnnamedMutex(int& out_iError)
@@ -37,11 +54,10 @@ CQxUnnamedMutex::~CQxUnnamedMutex()
 
 bool CQxUnnamedMutex::Wait(unsigned long in_ulMilliseconds)
 {
-    if (in_ulMilliseconds == 0) return pthread_mutex_trylock(m_pMutex) == 0;
-    if (in_ulMilliseconds == kulQxInfinite) return pthread_mutex_lock(m_pMutex) == 0;
-    timespec sDeadline;
-    g_get_timeout_value(in_ulMilliseconds, sDeadline);
-    return pthread_mutex_timedlock(m_pMutex, &sDeadline) == 0;
+    return WaitByTimeout(
+        in_ulMilliseconds, [this] { return pthread_mutex_trylock(m_pMutex); },
+        [this] { return pthread_mutex_lock(m_pMutex); },
+        [this](const timespec& in_sDeadline) { return pthread_mutex_timedlock(m_pMutex, &in_sDeadline); });
 }
 
 bool CQxUnnamedMutex::Release()
@@ -76,11 +92,9 @@ CQxUnnamedSemaphore::~CQxUnnamedSemaphore()
 
 bool CQxUnnamedSemaphore::Wait(unsigned long in_ulMilliseconds)
 {
-    if (in_ulMilliseconds == 0) return sem_trywait(m_pSemaphore) == 0;
-    if (in_ulMilliseconds == kulQxInfinite) return sem_wait(m_pSemaphore) == 0;
-    timespec sDeadline;
-    g_get_timeout_value(in_ulMilliseconds, sDeadline);
-    return sem_timedwait(m_pSemaphore, &sDeadline) == 0;
+    return WaitByTimeout(
+        in_ulMilliseconds, [this] { return sem_trywait(m_pSemaphore); }, [this] { return sem_wait(m_pSemaphore); },
+        [this](const timespec& in_sDeadline) { return sem_timedwait(m_pSemaphore, &in_sDeadline); });
 }
 
 bool CQxUnnamedSemaphore::Release()
@@ -125,22 +139,21 @@ CQxNamedSemaphore::~CQxNamedSemaphore()
 bool CQxNamedSemaphore::Wait(unsigned long in_ulMilliseconds)
 {
     if (!m_pSemaphore) return false;
-    if (in_ulMilliseconds == 0) return sem_trywait(m_pSemaphore) == 0;
-    int iResult;
-    if (in_ulMilliseconds == kulQxInfinite) {
+    // Signal handlers do not end the wait. The deadline is computed once, so
+    // a storm of signals cannot stretch the wait beyond it.
+    auto fnRetried = [](auto in_fnCall) {
+        int iResult;
         do {
-            iResult = sem_wait(m_pSemaphore);
+            iResult = in_fnCall();
         } while (iResult != 0 && errno == EINTR);
-        return iResult == 0;
-    }
-    // One deadline for every retry: a storm of signals cannot stretch the
-    // wait beyond it.
-    timespec sDeadline;
-    g_get_timeout_value(in_ulMilliseconds, sDeadline);
-    do {
-        iResult = sem_timedwait(m_pSemaphore, &sDeadline);
-    } while (iResult != 0 && errno == EINTR);
-    return iResult == 0;
+        return iResult;
+    };
+    return WaitByTimeout(
+        in_ulMilliseconds, [this] { return sem_trywait(m_pSemaphore); },
+        [&] { return fnRetried([this] { return sem_wait(m_pSemaphore); }); },
+        [&](const timespec& in_sDeadline) {
+            return fnRetried([&] { return sem_timedwait(m_pSemaphore, &in_sDeadline); });
+        });
 }
 
 bool CQxNamedSemaphore::Release()

@@ -27,6 +27,18 @@ bool IsRole(const char* in_pszRole)
     return tl_pszQxTestRole && std::strcmp(tl_pszQxTestRole, in_pszRole) == 0;
 }
 
+// Opens a gate the first time the waiter of role A, and of role B, is about
+// to sleep (its Set then lands once it sleeps).
+struct SSleepGates {
+    CQxTestGate oA, oB;
+    void Note(EQxSyncDelayPoint in_ePoint)
+    {
+        if (in_ePoint != keQxDelayWaitSleeping) return;
+        if (IsRole("A")) oA.Open();
+        if (IsRole("B")) oB.Open();
+    }
+};
+
 // Runs a Wait of the event on a thread with a role; the result lands in
 // *out_pbResult.
 std::thread StartWaiter(const char* in_pszRole, CQxUnnamedEvent& in_oEvent, unsigned long in_ulMs,
@@ -41,17 +53,13 @@ std::thread StartWaiter(const char* in_pszRole, CQxUnnamedEvent& in_oEvent, unsi
 TEST(EventInterleaving, AnAutoResetSetReleasesTheOldestSleepingWaiter)
 {
     CQxUnnamedEvent oEvent(false);
-    CQxTestGate oASleeps, oBSleeps;
-    CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
-        if (ePoint != keQxDelayWaitSleeping) return;
-        if (IsRole("A")) oASleeps.Open();
-        if (IsRole("B")) oBSleeps.Open();
-    });
+    SSleepGates sAsleep;
+    CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) { sAsleep.Note(ePoint); });
     std::atomic<int> iA{-1}, iB{-1};
     std::thread oA = StartWaiter("A", oEvent, 10000, &iA);
-    ASSERT_TRUE(oASleeps.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(sAsleep.oA.WaitOpen(milliseconds(10000)));
     std::thread oB = StartWaiter("B", oEvent, 300, &iB);
-    ASSERT_TRUE(oBSleeps.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(sAsleep.oB.WaitOpen(milliseconds(10000)));
     oEvent.Set();
     qxJoinWithin(oA, 20, "oldest waiter");
     qxJoinWithin(oB, 20, "second waiter");
@@ -65,10 +73,11 @@ TEST(EventInterleaving, AnAutoResetSetReleasesTheOldestSleepingWaiter)
 TEST(EventInterleaving, TwoWaitersThatBothSeeOneSetCannotBothTakeIt)
 {
     CQxUnnamedEvent oEvent(false);
-    CQxTestGate oASleeps, oBRegistered, oReleaseB;
+    SSleepGates sAsleep;
+    CQxTestGate oBRegistered, oReleaseB;
     CQxTestRendezvous oBothSawIt(2);
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
-        if (ePoint == keQxDelayWaitSleeping && IsRole("A")) oASleeps.Open();
+        sAsleep.Note(ePoint);
         if (ePoint == keQxDelayWaitRegistered && IsRole("B")) {
             oBRegistered.Open();
             oReleaseB.WaitOpen(milliseconds(10000));
@@ -77,7 +86,7 @@ TEST(EventInterleaving, TwoWaitersThatBothSeeOneSetCannotBothTakeIt)
     });
     std::atomic<int> iA{-1}, iB{-1};
     std::thread oA = StartWaiter("A", oEvent, 600, &iA);
-    ASSERT_TRUE(oASleeps.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(sAsleep.oA.WaitOpen(milliseconds(10000)));
     std::thread oB = StartWaiter("B", oEvent, 600, &iB);
     ASSERT_TRUE(oBRegistered.WaitOpen(milliseconds(10000)));
     oEvent.Set();
@@ -94,18 +103,17 @@ TEST(EventInterleaving, TwoWaitersThatBothSeeOneSetCannotBothTakeIt)
 TEST(EventInterleaving, ATimedOutOldestWaiterDoesNotStrandASet)
 {
     CQxUnnamedEvent oEvent(false);
-    CQxTestGate oASleeps, oBSleeps;
+    SSleepGates sAsleep;
     std::atomic<bool> bSetInWindow{false};
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
-        if (ePoint == keQxDelayWaitSleeping && IsRole("A")) oASleeps.Open();
-        if (ePoint == keQxDelayWaitSleeping && IsRole("B")) oBSleeps.Open();
+        sAsleep.Note(ePoint);
         if (ePoint == keQxDelayWaitTimedOut && IsRole("A") && !bSetInWindow.exchange(true)) oEvent.Set();
     });
     std::atomic<int> iA{-1}, iB{-1};
     std::thread oA = StartWaiter("A", oEvent, 150, &iA);
-    ASSERT_TRUE(oASleeps.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(sAsleep.oA.WaitOpen(milliseconds(10000)));
     std::thread oB = StartWaiter("B", oEvent, 800, &iB);
-    ASSERT_TRUE(oBSleeps.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(sAsleep.oB.WaitOpen(milliseconds(10000)));
     qxJoinWithin(oA, 20, "timed-out waiter");
     qxJoinWithin(oB, 20, "second waiter");
     ASSERT_TRUE(bSetInWindow.load());
@@ -119,10 +127,11 @@ TEST(EventInterleaving, AMultiObjectWaiterLeavingPassesAnUnusedSignalOn)
 {
     CQxUnnamedEvent oFirst(false), oSecond(false);
     std::vector<CQxUnnamedEvent*> vecBoth = {&oFirst, &oSecond};
-    CQxTestGate oWRegistered, oBSleeps;
+    CQxTestGate oWRegistered;
+    SSleepGates sAsleep;
     std::atomic<bool> bBTimedOut{false};
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
-        if (ePoint == keQxDelayWaitSleeping && IsRole("B")) oBSleeps.Open();
+        sAsleep.Note(ePoint);
         if (ePoint == keQxDelayWaitTimedOut && IsRole("B")) bBTimedOut = true;
     });
     int iW = -2;
@@ -132,7 +141,7 @@ TEST(EventInterleaving, AMultiObjectWaiterLeavingPassesAnUnusedSignalOn)
     ASSERT_TRUE(oWRegistered.WaitOpen(milliseconds(10000)));
     std::atomic<int> iB{-1};
     std::thread oB = StartWaiter("B", oSecond, 1000, &iB);
-    ASSERT_TRUE(oBSleeps.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(sAsleep.oB.WaitOpen(milliseconds(10000)));
     oFirst.Set();
     qxJoinWithin(oW, 20, "multi-object waiter");
     qxJoinWithin(oB, 20, "second waiter");
@@ -186,19 +195,18 @@ TEST(EventInterleaving, SetsOverWaitersListedInOppositeOrdersDoNotDeadlock)
 TEST(EventInterleaving, APulseCompletesWhenTheEventIsResetUnderIt)
 {
     CQxUnnamedEvent oEvent(true);
-    CQxTestGate oASleeps, oBSleeps;
+    SSleepGates sAsleep;
     std::atomic<bool> bResetDone{false};
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
-        if (ePoint == keQxDelayWaitSleeping && IsRole("A")) oASleeps.Open();
-        if (ePoint == keQxDelayWaitSleeping && IsRole("B")) oBSleeps.Open();
+        sAsleep.Note(ePoint);
         if (ePoint == keQxDelayWaitWoken && (IsRole("A") || IsRole("B")) && !bResetDone.exchange(true))
             oEvent.Reset();
     });
     std::atomic<int> iA{-1}, iB{-1};
     std::thread oA = StartWaiter("A", oEvent, 3000, &iA);
     std::thread oB = StartWaiter("B", oEvent, 3000, &iB);
-    ASSERT_TRUE(oASleeps.WaitOpen(milliseconds(10000)));
-    ASSERT_TRUE(oBSleeps.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(sAsleep.oA.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(sAsleep.oB.WaitOpen(milliseconds(10000)));
     std::atomic<int> iPulse{-1};
     std::thread oPulser([&] { iPulse = oEvent.Pulse() ? 1 : 0; });
     qxJoinWithin(oPulser, 20, "Pulse");

@@ -17,20 +17,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Runs the call and returns the message of the TException it throws, or a
-// note that it threw nothing (or something else).
-template <class TException>
-std::string MessageOf(const std::function<void()>& in_fnCall)
-{
-    try {
-        in_fnCall();
-    } catch (const TException& oException) {
-        return oException.GetMessage();
-    } catch (...) {
-        return "<other exception>";
-    }
-    return "<no exception>";
-}
 
 bool TryFromOtherThread(CQxSynchronizationObject& io_oObject)
 {
@@ -67,10 +53,10 @@ TEST(CriticalSection, IsRecursiveAndAcceptsOnlyZeroOrInfinite)
 {
     CQxCriticalSection oSection;
     EXPECT_EQ("CQxCriticalSection::Wait -> 0 or INFINITE time-outs only",
-              MessageOf<CQxCriticalSectionException>([&] { oSection.Wait(1); }));
+              qxMessageOf<CQxCriticalSectionException>([&] { oSection.Wait(1); }));
     // All ones in 64 bits is not INFINITE.
     EXPECT_EQ("CQxCriticalSection::Wait -> 0 or INFINITE time-outs only",
-              MessageOf<CQxCriticalSectionException>([&] { oSection.Wait(~0UL); }));
+              qxMessageOf<CQxCriticalSectionException>([&] { oSection.Wait(~0UL); }));
     EXPECT_TRUE(oSection.Wait(kulQxInfinite));
     EXPECT_TRUE(oSection.Wait(0));
     EXPECT_FALSE(TryFromOtherThread(oSection));
@@ -87,34 +73,34 @@ TEST(HandleSyncObject, RefusesEverythingWithItsMessages)
 {
     CQxHandleSyncObject oHandle;
     EXPECT_EQ("CQxHandleSyncObject::Wait -> object not created yet",
-              MessageOf<CQxHandleSyncObjectException>([&] { oHandle.Wait(0); }));
+              qxMessageOf<CQxHandleSyncObjectException>([&] { oHandle.Wait(0); }));
     EXPECT_EQ("CQxHandleSyncObject::Release -> this is not a valid call",
-              MessageOf<CQxHandleSyncObjectException>([&] { oHandle.Release(); }));
+              qxMessageOf<CQxHandleSyncObjectException>([&] { oHandle.Release(); }));
     EXPECT_EQ("CQxHandleSyncObject::CQxHandleSyncObject -> Constructor not supported in this version",
-              MessageOf<CQxHandleSyncObjectException>([&] { CQxHandleSyncObject oFromHandle(&oHandle); }));
+              qxMessageOf<CQxHandleSyncObjectException>([&] { CQxHandleSyncObject oFromHandle(&oHandle); }));
     EXPECT_EQ("CQxHandleSyncObject::CQxHandleSyncObject -> Constructor not supported in this version",
-              MessageOf<CQxHandleSyncObjectException>([&] { CQxHandleSyncObject oCopy(oHandle); }));
+              qxMessageOf<CQxHandleSyncObjectException>([&] { CQxHandleSyncObject oCopy(oHandle); }));
     EXPECT_EQ("CQxHandleSyncObject::CQxHandleSyncObject -> Operator not supported in this version",
-              MessageOf<CQxHandleSyncObjectException>([&] {
+              qxMessageOf<CQxHandleSyncObjectException>([&] {
                   CQxHandleSyncObject oOther;
                   oOther = oHandle;
               }));
     // An event keeps the refused Release.
     CQxEvent oEvent(true);
     EXPECT_EQ("CQxHandleSyncObject::Release -> this is not a valid call",
-              MessageOf<CQxHandleSyncObjectException>([&] { oEvent.Release(); }));
+              qxMessageOf<CQxHandleSyncObjectException>([&] { oEvent.Release(); }));
 }
 
 TEST(HandleSyncObject, ExceptionsDeriveAsDeclared)
 {
-    EXPECT_EQ("m", MessageOf<CQxHandleSyncObjectException>([] { throw CQxMutexException("m"); }));
-    EXPECT_EQ("s", MessageOf<CQxHandleSyncObjectException>([] { throw CQxSemaphoreException("s"); }));
-    EXPECT_EQ("e", MessageOf<CQxHandleSyncObjectException>([] { throw CQxEventException("e"); }));
-    EXPECT_EQ("t", MessageOf<CQxHandleSyncObjectException>([] { throw CQxThreadException("t"); }));
-    EXPECT_EQ("a", MessageOf<CQxBaseException>([] { throw CQxAutoLockException("a"); }));
-    EXPECT_EQ("c", MessageOf<CQxBaseException>([] { throw CQxCriticalSectionException("c"); }));
+    EXPECT_EQ("m", qxMessageOf<CQxHandleSyncObjectException>([] { throw CQxMutexException("m"); }));
+    EXPECT_EQ("s", qxMessageOf<CQxHandleSyncObjectException>([] { throw CQxSemaphoreException("s"); }));
+    EXPECT_EQ("e", qxMessageOf<CQxHandleSyncObjectException>([] { throw CQxEventException("e"); }));
+    EXPECT_EQ("t", qxMessageOf<CQxHandleSyncObjectException>([] { throw CQxThreadException("t"); }));
+    EXPECT_EQ("a", qxMessageOf<CQxBaseException>([] { throw CQxAutoLockException("a"); }));
+    EXPECT_EQ("c", qxMessageOf<CQxBaseException>([] { throw CQxCriticalSectionException("c"); }));
     EXPECT_EQ("<other exception>",
-              MessageOf<CQxHandleSyncObjectException>([] { throw CQxCriticalSectionException("c"); }));
+              qxMessageOf<CQxHandleSyncObjectException>([] { throw CQxCriticalSectionException("c"); }));
 }
 
 // The lower objects are missing only if a derived class dropped them; the
@@ -149,19 +135,19 @@ TEST(HandleSyncObject, AMissingLowerObjectThrowsTheClassMessage)
 {
     CDroppedMutex oMutex;
     oMutex.Drop();
-    EXPECT_EQ("CQxMutex::Wait -> object is NULL", MessageOf<CQxMutexException>([&] { oMutex.Wait(0); }));
-    EXPECT_EQ("CQxMutex::Release -> object is NULL", MessageOf<CQxMutexException>([&] { oMutex.Release(); }));
+    EXPECT_EQ("CQxMutex::Wait -> object is NULL", qxMessageOf<CQxMutexException>([&] { oMutex.Wait(0); }));
+    EXPECT_EQ("CQxMutex::Release -> object is NULL", qxMessageOf<CQxMutexException>([&] { oMutex.Release(); }));
     CDroppedSemaphore oSemaphore;
     oSemaphore.Drop();
     EXPECT_EQ("CQxSemaphore::Wait -> object is NULL",
-              MessageOf<CQxSemaphoreException>([&] { oSemaphore.Wait(0); }));
+              qxMessageOf<CQxSemaphoreException>([&] { oSemaphore.Wait(0); }));
     EXPECT_EQ("CQxSemaphore::Release -> object is NULL",
-              MessageOf<CQxSemaphoreException>([&] { oSemaphore.Release(); }));
+              qxMessageOf<CQxSemaphoreException>([&] { oSemaphore.Release(); }));
     CDroppedEvent oEvent;
     oEvent.Drop();
-    EXPECT_EQ("CQxEvent::Set() --> failed", MessageOf<CQxEventException>([&] { oEvent.Set(); }));
-    EXPECT_EQ("CQxEvent::Reset() --> failed", MessageOf<CQxEventException>([&] { oEvent.Reset(); }));
-    EXPECT_EQ("CQxEvent::Wait() --> Invalid object", MessageOf<CQxEventException>([&] { oEvent.Wait(0); }));
+    EXPECT_EQ("CQxEvent::Set() --> failed", qxMessageOf<CQxEventException>([&] { oEvent.Set(); }));
+    EXPECT_EQ("CQxEvent::Reset() --> failed", qxMessageOf<CQxEventException>([&] { oEvent.Reset(); }));
+    EXPECT_EQ("CQxEvent::Wait() --> Invalid object", qxMessageOf<CQxEventException>([&] { oEvent.Wait(0); }));
 }
 
 TEST(Mutex, UnnamedIsRecursiveNamedIsNot)
@@ -198,26 +184,16 @@ TEST(Mutex, UnnamedIsRecursiveNamedIsNot)
 TEST(Mutex, AllOnesTimeoutIsALongFiniteWait)
 {
     CQxMutex oMutex;
-    ASSERT_TRUE(oMutex.Wait(0));
-    std::atomic<bool> bReleased{false};
-    std::thread oWaiter([&] {
-        EXPECT_TRUE(oMutex.Wait(~0UL));
-        EXPECT_TRUE(bReleased.load());
-        oMutex.Release();
-    });
-    std::this_thread::sleep_for(milliseconds(30));
-    bReleased = true;
-    oMutex.Release();
-    qxJoinWithin(oWaiter, 20, "all-ones waiter");
+    EXPECT_TRUE(qxAllOnesWaitEndsWithTheRelease(oMutex));
 }
 
 TEST(Mutex, AFailedConstructionThrowsAndLeavesNothing)
 {
     EXPECT_EQ("CQxMutex::CQxMutex -> could not create mutex",
-              MessageOf<CQxMutexException>([] { CQxMutex oBad(std::string("/qxtest/inner-slash")); }));
+              qxMessageOf<CQxMutexException>([] { CQxMutex oBad(std::string("/qxtest/inner-slash")); }));
     // The message says "mutex" for the semaphore too.
     EXPECT_EQ("CQxSemaphore::CQxSemaphore -> could not create mutex",
-              MessageOf<CQxSemaphoreException>([] { CQxSemaphore oBad(-1, 1); }));
+              qxMessageOf<CQxSemaphoreException>([] { CQxSemaphore oBad(-1, 1); }));
 }
 
 TEST(Semaphore, CountsAndIgnoresItsMaximum)
@@ -256,7 +232,7 @@ TEST(Event, ForwardsToTheUnnamedEvent)
 TEST(AutoLock, LocksForTheScope)
 {
     EXPECT_EQ("CQxAutoLock::CQxAutoLock -> NULL CQxSynchronizationObject pointer",
-              MessageOf<CQxAutoLockException>([] { CQxAutoLock oLock(nullptr); }));
+              qxMessageOf<CQxAutoLockException>([] { CQxAutoLock oLock(nullptr); }));
     CQxCriticalSection oSection;
     {
         CQxAutoLock oLock(&oSection);

@@ -29,19 +29,6 @@ unsigned int RunFunction(void* in_pFunction)
     return (*static_cast<std::function<unsigned int()>*>(in_pFunction))();
 }
 
-template <class TException>
-std::string MessageOf(const std::function<void()>& in_fnCall)
-{
-    try {
-        in_fnCall();
-    } catch (const TException& oException) {
-        return oException.GetMessage();
-    } catch (...) {
-        return "<other exception>";
-    }
-    return "<no exception>";
-}
-
 // Whether this process may give a thread a SCHED_RR priority, and if not why.
 bool RealTimeAllowed(std::string* out_pstrWhy)
 {
@@ -71,14 +58,14 @@ TEST(ThreadCreation, RefusesANullProcedureAndASecondCreate)
 {
     CQxThread oThread;
     EXPECT_EQ("CQxThread::Create -- parameter in_pfnThreadProc is NULL",
-              MessageOf<CQxThreadException>([&] { oThread.Create(nullptr, nullptr, false, 0, false); }));
+              qxMessageOf<CQxThreadException>([&] { oThread.Create(nullptr, nullptr, false, 0, false); }));
     // Nothing started: the object can still be created, once.
     EXPECT_EQ(0u, oThread.GetThreadId());
     EXPECT_FALSE(oThread.Wait(0));
     std::function<unsigned int()> fnProcedure = [] { return 7u; };
     oThread.Create(RunFunction, &fnProcedure, false, 0, false);
     EXPECT_EQ("CQxThread::Create -- m_uiThreadID is non-NULL",
-              MessageOf<CQxThreadException>([&] { oThread.Create(RunFunction, &fnProcedure, false, 0, false); }));
+              qxMessageOf<CQxThreadException>([&] { oThread.Create(RunFunction, &fnProcedure, false, 0, false); }));
     EXPECT_TRUE(oThread.Wait(10000));
     EXPECT_EQ(7u, oThread.GetExitCode());
 }
@@ -88,7 +75,7 @@ TEST(ThreadCreation, IsAHandleObjectThatCannotBeReleased)
     CQxThread oThread;
     EXPECT_EQ(0, oThread.GetObjectType());
     EXPECT_EQ("CQxHandleSyncObject::Release -> this is not a valid call",
-              MessageOf<CQxHandleSyncObjectException>([&] { oThread.Release(); }));
+              qxMessageOf<CQxHandleSyncObjectException>([&] { oThread.Release(); }));
 }
 
 TEST(ThreadLifecycle, ASuspendedThreadRunsOnlyAfterResume)
@@ -206,29 +193,52 @@ SSchedule ScheduleOf(pthread_t in_oThread)
     return sSchedule;
 }
 
+// A thread whose procedure runs an optional probe, says it has started,
+// and holds until Finish().
+class CHeldThread {
+public:
+    explicit CHeldThread(std::function<void()> in_fnAtStart = nullptr) : m_fnAtStart(std::move(in_fnAtStart)) {}
+    ~CHeldThread() { m_oGoOn.Open(); }
+
+    CQxThread oThread;
+
+    void Start()
+    {
+        oThread.Create(RunFunction, &m_fnProcedure, false, 0, false);
+        double dDeadline = qxTestNow() + 10;
+        while (!m_bStarted.load() && qxTestNow() < dDeadline) std::this_thread::yield();
+    }
+    bool Started() const { return m_bStarted.load(); }
+    bool Finish()
+    {
+        m_oGoOn.Open();
+        return oThread.Wait(10000);
+    }
+
+private:
+    std::function<void()> m_fnAtStart;
+    std::atomic<bool> m_bStarted{false};
+    CQxTestGate m_oGoOn;
+    std::function<unsigned int()> m_fnProcedure = [this] {
+        if (m_fnAtStart) m_fnAtStart();
+        m_bStarted = true;
+        m_oGoOn.WaitOpen(milliseconds(10000));
+        return 0u;
+    };
+};
+
 TEST(ThreadPriority, AppliesRoundRobinBeforeAndAfterTheStart)
 {
     std::string strWhy;
     if (!RealTimeAllowed(&strWhy)) GTEST_SKIP() << strWhy;
-    CQxTestGate oGoOn;
     SSchedule sAtStart;
-    std::atomic<bool> bStarted{false};
-    std::function<unsigned int()> fnProcedure = [&] {
-        sAtStart = ScheduleOf(pthread_self());
-        bStarted = true;
-        oGoOn.WaitOpen(milliseconds(10000));
-        return 0u;
-    };
-    CQxThread oThread;
-    oThread.SetPriority(5);
-    oThread.Create(RunFunction, &fnProcedure, false, 0, false);
-    double dDeadline = qxTestNow() + 10;
-    while (!bStarted.load() && qxTestNow() < dDeadline) std::this_thread::yield();
-    ASSERT_TRUE(bStarted.load());
-    oThread.SetPriority(10);
-    SSchedule sAfter = ScheduleOf(oThread.GetThreadId());
-    oGoOn.Open();
-    ASSERT_TRUE(oThread.Wait(10000));
+    CHeldThread oHeld([&] { sAtStart = ScheduleOf(pthread_self()); });
+    oHeld.oThread.SetPriority(5);
+    oHeld.Start();
+    ASSERT_TRUE(oHeld.Started());
+    oHeld.oThread.SetPriority(10);
+    SSchedule sAfter = ScheduleOf(oHeld.oThread.GetThreadId());
+    ASSERT_TRUE(oHeld.Finish());
     EXPECT_EQ(SCHED_RR, sAtStart.iPolicy);
     EXPECT_EQ(41, sAtStart.iPriority);
     EXPECT_EQ(SCHED_RR, sAfter.iPolicy);
@@ -243,29 +253,22 @@ TEST(ThreadPriority, ARefusedPriorityOnARunningThreadThrows)
 {
     std::string strWhy;
     const bool bAllowed = RealTimeAllowed(&strWhy);
-    CQxTestGate oGoOn;
-    std::function<unsigned int()> fnProcedure = [&] {
-        oGoOn.WaitOpen(milliseconds(10000));
-        return 0u;
-    };
-    CQxThread oThread;
-    oThread.Create(RunFunction, &fnProcedure, false, 0, false);
-    std::string strMessage;
-    std::string strSkip;
+    CHeldThread oHeld;
+    oHeld.Start();
+    std::string strMessage, strSkip;
     std::thread oCaller([&] {
         if (bAllowed && syscall(SYS_setresuid, 65534, 65534, 65534) != 0) {
             strSkip = std::string("cannot drop this thread's credentials: ") + strerror(errno);
             return;
         }
-        strMessage = MessageOf<CQxThreadException>([&] { oThread.SetPriority(3); });
+        strMessage = qxMessageOf<CQxThreadException>([&] { oHeld.oThread.SetPriority(3); });
     });
     oCaller.join();
-    oGoOn.Open();
-    EXPECT_TRUE(oThread.Wait(10000));
+    EXPECT_TRUE(oHeld.Finish());
     if (!strSkip.empty()) GTEST_SKIP() << strSkip;
     EXPECT_EQ("CQxThread::SetPriority -> error occurred in pthread_setschedparam", strMessage);
     // The value was stored all the same.
-    EXPECT_EQ(37, oThread.GetPriority());
+    EXPECT_EQ(37, oHeld.oThread.GetPriority());
 }
 
 cpu_set_t AffinityOf(pthread_t in_oThread)
@@ -281,83 +284,52 @@ TEST(ThreadAffinity, MasksAddUpBeforeAndAfterTheStart)
     cpu_set_t sAllowed = AllowedProcessors();
     if (!CPU_ISSET(0, &sAllowed) || !CPU_ISSET(1, &sAllowed))
         GTEST_SKIP() << "needs processors 0 and 1, this process may use " << CPU_COUNT(&sAllowed);
-    CQxTestGate oGoOn;
-    cpu_set_t sAtStart;
-    std::atomic<bool> bStarted{false};
-    std::function<unsigned int()> fnProcedure = [&] {
-        sAtStart = AffinityOf(pthread_self());
-        bStarted = true;
-        oGoOn.WaitOpen(milliseconds(10000));
-        return 0u;
-    };
 
     // A zero mask requests nothing: the thread keeps the inherited set.
+    cpu_set_t sAtStart;
     {
-        CQxThread oThread;
-        oThread.SetAffinityMask(0);
-        oThread.Create(RunFunction, &fnProcedure, false, 0, false);
-        oGoOn.Open();
-        ASSERT_TRUE(oThread.Wait(10000));
+        CHeldThread oHeld([&] { sAtStart = AffinityOf(pthread_self()); });
+        oHeld.oThread.SetAffinityMask(0);
+        oHeld.Start();
+        ASSERT_TRUE(oHeld.Finish());
         EXPECT_TRUE(CPU_EQUAL(&sAllowed, &sAtStart));
     }
 
     // Processor 0, then processor 1: both apply at the start.
-    CQxTestGate oGoOn2;
-    std::function<unsigned int()> fnHeld = [&] {
-        sAtStart = AffinityOf(pthread_self());
-        bStarted = true;
-        oGoOn2.WaitOpen(milliseconds(10000));
-        return 0u;
-    };
-    bStarted = false;
-    CQxThread oThread;
-    oThread.SetAffinityMask(1u);
-    oThread.SetAffinityMask(2u);
-    oThread.Create(RunFunction, &fnHeld, false, 0, false);
-    double dDeadline = qxTestNow() + 10;
-    while (!bStarted.load() && qxTestNow() < dDeadline) std::this_thread::yield();
-    ASSERT_TRUE(bStarted.load());
+    CHeldThread oHeld([&] { sAtStart = AffinityOf(pthread_self()); });
+    oHeld.oThread.SetAffinityMask(1u);
+    oHeld.oThread.SetAffinityMask(2u);
+    oHeld.Start();
+    ASSERT_TRUE(oHeld.Started());
     EXPECT_EQ(2, CPU_COUNT(&sAtStart));
     EXPECT_TRUE(CPU_ISSET(0, &sAtStart));
     EXPECT_TRUE(CPU_ISSET(1, &sAtStart));
     // A later, smaller mask removes nothing.
-    oThread.SetAffinityMask(1u);
-    cpu_set_t sLater = AffinityOf(oThread.GetThreadId());
+    oHeld.oThread.SetAffinityMask(1u);
+    cpu_set_t sLater = AffinityOf(oHeld.oThread.GetThreadId());
     EXPECT_EQ(2, CPU_COUNT(&sLater));
-    oGoOn2.Open();
-    EXPECT_TRUE(oThread.Wait(10000));
+    EXPECT_TRUE(oHeld.Finish());
 }
 
 TEST(ThreadAffinity, ARunningThreadTakesItsFirstMaskAndRefusesImpossibleOnes)
 {
     cpu_set_t sAllowed = AllowedProcessors();
     if (!CPU_ISSET(0, &sAllowed)) GTEST_SKIP() << "processor 0 is not available to this process";
-    CQxTestGate oGoOn;
-    std::function<unsigned int()> fnProcedure = [&] {
-        oGoOn.WaitOpen(milliseconds(10000));
-        return 0u;
-    };
-    CQxThread oThread;
-    oThread.Create(RunFunction, &fnProcedure, false, 0, false);
-    oThread.SetAffinityMask(1u);
-    cpu_set_t sNow = AffinityOf(oThread.GetThreadId());
-    EXPECT_EQ(1, CPU_COUNT(&sNow));
-    EXPECT_TRUE(CPU_ISSET(0, &sNow));
-    oGoOn.Open();
-    EXPECT_TRUE(oThread.Wait(10000));
-
+    {
+        CHeldThread oHeld;
+        oHeld.Start();
+        oHeld.oThread.SetAffinityMask(1u);
+        cpu_set_t sNow = AffinityOf(oHeld.oThread.GetThreadId());
+        EXPECT_EQ(1, CPU_COUNT(&sNow));
+        EXPECT_TRUE(CPU_ISSET(0, &sNow));
+        EXPECT_TRUE(oHeld.Finish());
+    }
     if (CPU_ISSET(31, &sAllowed)) GTEST_SKIP() << "processor 31 exists here; no impossible mask to try";
-    CQxTestGate oGoOn2;
-    std::function<unsigned int()> fnHeld = [&] {
-        oGoOn2.WaitOpen(milliseconds(10000));
-        return 0u;
-    };
-    CQxThread oOther;
-    oOther.Create(RunFunction, &fnHeld, false, 0, false);
+    CHeldThread oHeld;
+    oHeld.Start();
     EXPECT_EQ("CQxThread::SetAffinityMask -> error occurred in pthread_setaffinity_np",
-              MessageOf<CQxThreadException>([&] { oOther.SetAffinityMask(1u << 31); }));
-    oGoOn2.Open();
-    EXPECT_TRUE(oOther.Wait(10000));
+              qxMessageOf<CQxThreadException>([&] { oHeld.oThread.SetAffinityMask(1u << 31); }));
+    EXPECT_TRUE(oHeld.Finish());
 }
 
 // Threads created, held, resumed, re-prioritised and destroyed from several

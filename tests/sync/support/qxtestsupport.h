@@ -4,10 +4,13 @@
 #ifndef QXBASE_TESTS_SYNC_QXTESTSUPPORT_H
 #define QXBASE_TESTS_SYNC_QXTESTSUPPORT_H
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 
 #if defined(__has_feature)
@@ -104,6 +107,42 @@ private:
 inline double qxTestNow()
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// Runs the call and returns the message of the TException it throws, or a
+// note that it threw nothing (or something else).
+template <class TException>
+std::string qxMessageOf(const std::function<void()>& in_fnCall)
+{
+    try {
+        in_fnCall();
+    } catch (const TException& oException) {
+        return oException.GetMessage();
+    } catch (...) {
+        return "<other exception>";
+    }
+    return "<no exception>";
+}
+
+// Holds a lock (Wait(0) must take it), lets another thread Wait with an
+// all-ones 64-bit time-out, and releases the lock after a while. Returns
+// true when that Wait acquired the lock, and only after the release: the
+// time-out is a long finite wait, not INFINITE and not an expired one.
+template <class TLock>
+bool qxAllOnesWaitEndsWithTheRelease(TLock& io_oLock)
+{
+    if (!io_oLock.Wait(0)) return false;
+    std::atomic<bool> bReleased{false}, bAcquiredAfterRelease{false};
+    std::thread oWaiter([&] {
+        bool bAcquired = io_oLock.Wait(~0UL);
+        bAcquiredAfterRelease = bAcquired && bReleased.load();
+        if (bAcquired) io_oLock.Release();
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    bReleased = true;
+    io_oLock.Release();
+    qxJoinWithin(oWaiter, 20, "all-ones waiter");
+    return bAcquiredAfterRelease.load();
 }
 
 #endif  // QXBASE_TESTS_SYNC_QXTESTSUPPORT_H
