@@ -248,3 +248,9 @@ void CQxcR4FL_YUYA_32bits_UnshapedBufferSurface::InitializeCopyFunctionTable()
                   CopyFromYCbCrA4224_16bits_Unshaped)
     ms_bCopyFunctionTableInitialized = true;
 }
+
+// RGB24 and RGB36: their portable leaf classes fill the tables.
+QXC_DEFINE_BUFFER_MIDDLE(CQxcRGB24_8bits_BufferSurface, CQxcRgbBufferSurface, keQxcSurfaceTypeRGB24_8bits, 48, 12, 4,
+                         true, keQxcSurfaceTypeRGB24_8bits)
+QXC_DEFINE_BUFFER_MIDDLE(CQxcRGB36_12bits_BufferSurface, CQxcRgbBufferSurface, keQxcSurfaceTypeRGB36_12bits, 72, 36, 8,
+                         true, keQxcSurfaceTypeRGB36_12bits)

@@ -135,7 +135,8 @@ unsigned int FirstPixel(const CQxcSurface& in_rs)
 
 unsigned int LinePixels(const CQxcSurface& in_rs)
 {
-    if (in_rs.GetSurfaceType() == keQxcSurfaceTypeV210_10bits)
+    if (in_rs.GetSurfaceType() == keQxcSurfaceTypeV210_10bits ||
+        in_rs.GetSurfaceType() == keQxcSurfaceTypeV210_10bits_Buffer)
         return NQxcKernels::V210LinePixels(in_rs.GetWidth());
     return in_rs.GetWidth();
 }
@@ -257,6 +258,69 @@ bool CQxcBufferSurface::PrepareCopyFrom(const CQxcSurface* in_pSource, unsigned 
     // The filter and interpolation kernels work on whole 16-pixel runs.
     if (out_ruiMode == 1 && in_pSource->GetWidth() % 16 != 0)
         return false;
+    return true;
+}
+
+bool CQxcBufferSurface::FillBlocks(const SQxcYuvaPixel& in_rsColor, unsigned int in_uiWidthInBlocks,
+                                   unsigned int in_uiHeight)
+{
+    if (in_uiWidthInBlocks == 0 || in_uiHeight == 0)
+        return true;
+    if (!BlockRangeFits(in_uiWidthInBlocks, in_uiHeight))
+        return false;
+    const uint64_t uiEnd = 16 * (static_cast<uint64_t>(m_uiCursorBlock) + in_uiWidthInBlocks);
+    const unsigned int uiEnd32 = static_cast<unsigned int>(uiEnd < m_uiWidth ? uiEnd : m_uiWidth);
+    return uiEnd32 <= m_uiCursorPixel || Fill(in_rsColor, uiEnd32 - m_uiCursorPixel, in_uiHeight);
+}
+
+bool CQxcBufferSurface::RunPixelJob(PFNQxcPixelJob in_pfnJob, const CQxcSurface* in_pSource, unsigned int in_uiWidth,
+                                    unsigned int in_uiHeight, const CQxcBufferSurface* in_pRgbSide)
+{
+    SQxcBlockJob sJob = {};
+    if (in_pSource != nullptr) {
+        sJob.pucSource = in_pSource->GetBuffer() + static_cast<long>(in_pSource->GetCursorLine()) * in_pSource->GetPitch();
+        sJob.lSourcePitch = in_pSource->GetPitch();
+        sJob.uiSourceFirstPixel = FirstPixel(*in_pSource);
+        sJob.uiSourceLinePixels = LinePixels(*in_pSource);
+        sJob.bSourceKeyPresent = in_pSource->IsKeyPresent();
+    }
+    sJob.pucDestination = m_pucBuffer + static_cast<long>(m_uiCursorLine) * m_lPitch;
+    sJob.lDestinationPitch = m_lPitch;
+    sJob.uiDestinationFirstPixel = m_uiCursorPixel;
+    sJob.uiDestinationLinePixels = LinePixels(*this);
+    sJob.uiPixels = in_uiWidth;
+    sJob.uiLines = in_uiHeight;
+    sJob.bCachedStores = m_bCachedStores;
+    sJob.psCoeff = in_pRgbSide->m_psRgbCoeff;
+    sJob.iRgbRange = in_pRgbSide->m_eColorRange;
+    sJob.psRangeCoeff = &CQxcRgbBufferSurface::ms_sRgbToRgbCoeff;
+    if (!in_pfnJob(sJob))
+        return false;
+    AdvancePixels(in_uiWidth, in_uiHeight);
+    return true;
+}
+
+bool CQxcBufferSurface::RunPixelFill(PFNQxcPixelJob in_pfnJob, const SQxcYuvaPixel& in_rsYuv,
+                                     const SQxcRGBAPixel_16bits& in_rsRgb, unsigned int in_uiWidth,
+                                     unsigned int in_uiHeight)
+{
+    if (in_uiWidth == 0 || in_uiHeight == 0)
+        return true;
+    if (!PixelRangeFits(this, in_uiWidth, in_uiHeight))
+        return false;
+    SQxcBlockJob sJob = {};
+    sJob.pucDestination = m_pucBuffer + static_cast<long>(m_uiCursorLine) * m_lPitch;
+    sJob.lDestinationPitch = m_lPitch;
+    sJob.uiDestinationFirstPixel = m_uiCursorPixel;
+    sJob.uiDestinationLinePixels = LinePixels(*this);
+    sJob.uiPixels = in_uiWidth;
+    sJob.uiLines = in_uiHeight;
+    sJob.bCachedStores = m_bCachedStores;
+    sJob.sColor = in_rsYuv;
+    sJob.sRgbColor = in_rsRgb;
+    if (!in_pfnJob(sJob))
+        return false;
+    AdvancePixels(in_uiWidth, in_uiHeight);
     return true;
 }
 

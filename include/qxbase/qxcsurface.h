@@ -115,6 +115,10 @@ struct SQxcUnshapeReciprocals {
 
 struct SQxcBlockJob;
 typedef void (*PFNQxcBlockJob)(const SQxcBlockJob&);
+// A pixel kernel of the buffer family: false when it refuses the call (a
+// cursor off a unit of its layout, no coefficient set for a matrix), having
+// written nothing.
+typedef bool (*PFNQxcPixelJob)(const SQxcBlockJob&);
 
 // The abstract root of every surface.
 class QXBASE_API CQxcSurface {
@@ -227,6 +231,12 @@ public:
     bool CopyBlocksFrom(const CQxcSurface* in_pSource, unsigned int in_uiWidthInBlocks,
                         unsigned int in_uiHeight) override;
 
+    // Fills the 16-pixel blocks from the cursor's block, the last one only
+    // as far as the width: Fill over those pixels from the pixel cursor.
+    // The range test is in blocks, as a block surface's.
+    bool FillBlocks(const SQxcYuvaPixel& in_rsColor, unsigned int in_uiWidthInBlocks,
+                    unsigned int in_uiHeight) override;
+
     // Binds the surface and picks the RGB coefficient set of the range and
     // colorimetry (none where the table holds none).
     virtual bool Initialize(unsigned char* in_pucBuffer, unsigned int in_uiWidth, unsigned int in_uiHeight,
@@ -302,6 +312,20 @@ protected:
     }
     // Leaves the cursors as a pixel kernel over the given size does.
     void AdvancePixels(unsigned int in_uiWidth, unsigned int in_uiHeight);
+
+    // Runs a pixel kernel from the source's cursor (a surface of either
+    // family, or none for a fill) into this surface's cursor over in_uiWidth
+    // pixels and in_uiHeight lines, with the coefficient set and colour range
+    // of in_pRgbSide (the RGB surface of the pair), and advances this
+    // surface's cursors. The caller has tested the ranges. False, with
+    // nothing written and no cursor moved, when the kernel refuses.
+    bool RunPixelJob(PFNQxcPixelJob in_pfnJob, const CQxcSurface* in_pSource, unsigned int in_uiWidth,
+                     unsigned int in_uiHeight, const CQxcBufferSurface* in_pRgbSide);
+    // A fill: zero sizes succeed, the range is tested, then the kernel runs
+    // with the YUV colour (10-bit scale) and the RGB colour (at the
+    // destination's depth).
+    bool RunPixelFill(PFNQxcPixelJob in_pfnJob, const SQxcYuvaPixel& in_rsYuv, const SQxcRGBAPixel_16bits& in_rsRgb,
+                      unsigned int in_uiWidth, unsigned int in_uiHeight);
 
     // The root positions both families.
     friend class CQxcSurface;

@@ -32,6 +32,13 @@ struct SQxcBlockJob {
     bool bCachedStores;
     SQxcYuvaPixel sColor;           // fills
     const SQxcRgbCoeff* psCoeff;    // RGB sources
+    // Buffer kernels (pixel-addressed): pucSource and pucDestination are the
+    // starts of the cursors' lines, the first pixels say where the call
+    // starts, and uiPixels how many pixels a line converts.
+    unsigned uiPixels;
+    int iRgbRange;                          // the RGB side's colour range
+    const SQxcRgbToRgbCoeff* psRangeCoeff;  // video/graphics level conversion
+    SQxcRGBAPixel_16bits sRgbColor;         // RGB fills, at the destination's depth
 };
 
 

@@ -641,6 +641,49 @@ struct LR4fl {
                 api128[c][h] = _mm_packs_epi32(ai128Half[0][c], ai128Half[1][c]);
         }
     }
+
+    // The inverse: (Y - 64) / 876, (C - 512) / 896 and K / 1023, each a
+    // subtraction and a correctly rounded division, so that the load above
+    // gives the 10-bit values back.
+    template <EStore keStore>
+    static void Store(uint8_t* out_puc, const SScalar444& in_rs)
+    {
+        static const float kafScale[4] = {876.0f, 896.0f, 896.0f, 1023.0f};
+        static const float kafOffset[4] = {64.0f, 512.0f, 512.0f, 0.0f};
+        const uint16_t* apus[4] = {in_rs.aus16Y, in_rs.aus16Cb, in_rs.aus16Cr, in_rs.aus16K};
+        for (int p = 0; p < 16; ++p) {
+            for (int c = 0; c < 4; ++c) {
+                float f = static_cast<float>(apus[c][p]);
+                f = f - kafOffset[c];
+                f = f / kafScale[c];
+                std::memcpy(out_puc + 16 * p + 4 * c, &f, 4);
+            }
+        }
+    }
+
+    template <EStore keStore>
+    static void Store(uint8_t* out_puc, const SVector444& in_rs)
+    {
+        const __m128 afScale[4] = {_mm_set1_ps(876.0f), _mm_set1_ps(896.0f), _mm_set1_ps(896.0f),
+                                   _mm_set1_ps(1023.0f)};
+        const __m128 afOffset[4] = {_mm_set1_ps(64.0f), _mm_set1_ps(512.0f), _mm_set1_ps(512.0f),
+                                    _mm_setzero_ps()};
+        const __m128i* api128[4] = {in_rs.ai128Y, in_rs.ai128Cb, in_rs.ai128Cr, in_rs.ai128K};
+        for (int h = 0; h < 2; ++h) {
+            for (int q = 0; q < 2; ++q) {
+                __m128 af[4];
+                for (int c = 0; c < 4; ++c) {
+                    const __m128i i128 = q == 0 ? _mm_unpacklo_epi16(api128[c][h], _mm_setzero_si128())
+                                                : _mm_unpackhi_epi16(api128[c][h], _mm_setzero_si128());
+                    af[c] = _mm_div_ps(_mm_sub_ps(_mm_cvtepi32_ps(i128), afOffset[c]), afScale[c]);
+                }
+                _MM_TRANSPOSE4_PS(af[0], af[1], af[2], af[3]);
+                uint8_t* puc = out_puc + 128 * h + 64 * q;
+                for (int p = 0; p < 4; ++p)
+                    NQxcKernels::Store<keStore>(puc + 16 * p, _mm_castps_si128(af[p]));
+            }
+        }
+    }
 };
 
 }  // namespace NQxcKernels

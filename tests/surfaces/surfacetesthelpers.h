@@ -85,34 +85,9 @@ const EQxcSurfaceType kaeBlockTypes[] = {
     keQxcSurfaceTypeAYCbCr4444_8bits_Shaped,    keQxcSurfaceTypeV210_10bits,
     keQxcSurfaceType2VUY_8bits};
 
-// The RGB buffer formats the hub reads, as sources only: their own kernels
-// belong to the buffer family and are never called by the block tests.
-template <class TMiddle>
-class TSourceOnly : public TMiddle {
-public:
-    TSourceOnly() : TMiddle(false) {}
-    bool FillBlocks(const SQxcYuvaPixel&, unsigned int, unsigned int) override { return false; }
-    bool Fill(const SQxcYuvaPixel&, unsigned int, unsigned int) override { return false; }
-    using CQxcRgbBufferSurface::FillRgb;
-    bool FillRgb(const SQxcRGBAPixel&, unsigned int, unsigned int) override { return false; }
-};
+// A test leaf's kernel that is never called.
 #define QXT_NO_KERNEL(Name) \
     bool Name(const CQxcBufferSurface*, unsigned int, unsigned int) override { return false; }
-
-class CA2r10g10b10Source : public TSourceOnly<CQxcA2R10G10B10_UnshapedBufferSurface> {
-    QXT_NO_KERNEL(CopyFromYCbCrA4224_16bits_Unshaped)
-    QXT_NO_KERNEL(CopyFromVideoRGBA_Unshaped)
-    QXT_NO_KERNEL(CopyFromGraphicRGBA_Unshaped)
-    QXT_NO_KERNEL(CopyFromK64ARGB_Unshaped)
-};
-class CK64argbSource : public TSourceOnly<CQxcK64ARGB_UnshapedBufferSurface> {
-    QXT_NO_KERNEL(CopyFromABGR_16bits_Unshaped)
-    QXT_NO_KERNEL(CopyFromYCbCrA4224_16bits_Unshaped)
-};
-class CR4flSource : public TSourceOnly<CQxcR4FL_YUYA_32bits_UnshapedBufferSurface> {
-    QXT_NO_KERNEL(CopyFromYCbCrA4224_16bits_Unshaped)
-};
-// For a buffer kernel list: kernels a test leaf does not provide.
 #define QXT_NOT_HERE(Name) QXT_NO_KERNEL(Name)
 
 // Creates an unbound leaf of a block type through the factory.
@@ -141,9 +116,13 @@ inline std::unique_ptr<CQxcSurface> CreateBlockSurface(EQxcSurfaceType in_eType,
         return std::unique_ptr<CQxcSurface>(oFactory.CreateAYCbCr4444_8bits_ShapedSurface(in_bCached));
     case keQxcSurfaceTypeV210_10bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateV210_10bitsSurface(in_bCached));
     case keQxcSurfaceType2VUY_8bits: return std::unique_ptr<CQxcSurface>(oFactory.Create2VUY_8bitsSurface(in_bCached));
-    case keQxcSurfaceTypeA2R10G10B10_Unshaped: return std::make_unique<CA2r10g10b10Source>();
-    case keQxcSurfaceTypeK64ARGB_Unshaped: return std::make_unique<CK64argbSource>();
-    case keQxcSurfaceTypeR4FL_Unshaped: return std::make_unique<CR4flSource>();
+    // The RGB buffer formats the hub reads.
+    case keQxcSurfaceTypeA2R10G10B10_Unshaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateA2R10G10B10_UnshapedBufferSurface(in_bCached));
+    case keQxcSurfaceTypeK64ARGB_Unshaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateK64ARGB_UnshapedBufferSurface(in_bCached));
+    case keQxcSurfaceTypeR4FL_Unshaped:
+        return std::unique_ptr<CQxcSurface>(oFactory.CreateR4FL_YUVA4444_32bits_UnshapedBufferSurface(in_bCached));
     default: return nullptr;
     }
 }
