@@ -1,0 +1,47 @@
+// Errors of the command-line tools. A tool reports one clear sentence and
+// exits: usage mistakes with status 2, everything that went wrong while
+// working (files, the engine) with status 1.
+#ifndef QXBASE_TOOLS_QXTOOLERROR_H
+#define QXBASE_TOOLS_QXTOOLERROR_H
+
+#include <qxbase/qxdefs.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace NQxTool {
+
+enum EExitStatus : int {
+    keExitOk = 0,
+    keExitFailure = 1,
+    keExitUsage = 2
+};
+
+class CQxToolError : public std::runtime_error {
+public:
+    explicit CQxToolError(const std::string& in_strMessage, EExitStatus in_eStatus = keExitFailure)
+        : std::runtime_error(in_strMessage), m_eStatus(in_eStatus)
+    {
+    }
+    EExitStatus GetStatus() const { return m_eStatus; }
+
+private:
+    EExitStatus m_eStatus;
+};
+
+// A mistake on the command line.
+inline CQxToolError UsageError(const std::string& in_strMessage)
+{
+    return CQxToolError(in_strMessage, keExitUsage);
+}
+
+// "0x89998039 (a change of pixel format that the surfaces do not allow)":
+// the code in the form people search for, and what it means here.
+std::string DescribeHResult(HRESULT in_hr);
+
+// The text of errno for a file operation: "in.yuv: No such file or directory".
+std::string FileError(const std::string& in_strPath, int in_iErrno);
+
+}  // namespace NQxTool
+
+#endif  // QXBASE_TOOLS_QXTOOLERROR_H
