@@ -17,6 +17,9 @@
 #include <qxbase/qxcrotate.h>
 #include <qxbase/qxccombineextract.h>
 #include <qxbase/qxchostsurface.h>
+#include <qxbase/qxcbufferengine.h>
+#include <qxbase/qxcbufferservices.h>
+#include <qxbase/qxcengines.h>
 #include <qxbase/qxcbufferenginecommon.h>
 #include <qxbase/qxcsurface.h>
 #include <qxbase/qxcblocksurfaces.h>

@@ -12,6 +12,72 @@
 
 #include <qxbase/qxdefs.h>
 
+#include <cstdint>
+#include <memory>
+
+class CQxConcurrentWorkQueue;
+
+// One strip of a quarter turn.
+struct RotateContext {
+    uint32_t uiWidth;             // source, pixels
+    uint32_t uiHeight;            // source, lines
+    uint32_t uiSourcePitch;       // bytes
+    uint32_t uiDestinationPitch;  // bytes
+    uint32_t uiFirstColumn;       // first source column (destination row for 270)
+    uint32_t uiEndColumn;         // excluded
+    uint32_t uiDegrees;
+    unsigned char* pucSource;
+    unsigned char* pucDestination;
+};
+
+// Turns whole pictures. A quarter turn is cut into strips of source
+// columns that run in parallel on a work queue; a half turn runs on the
+// calling thread. One picture at a time: the strip records are shared.
+class QXBASE_API GenericRotate {
+public:
+    static constexpr unsigned int kuiMaxStrips = 256;
+
+    GenericRotate();
+    virtual ~GenericRotate();
+
+    // degrees 90 or 270: the strips' completion result (0 when every strip
+    // ran); 180: 0; any other angle queues the strips and writes nothing. A
+    // picture that would need more than kuiMaxStrips strips is refused with
+    // 0x89998038 and nothing written.
+    HRESULT Rotate(unsigned char* in_pucSource, unsigned char* out_pucDestination, unsigned int in_uiWidth,
+                   unsigned int in_uiHeight, unsigned int in_uiSourcePitch, unsigned int in_uiDestinationPitch,
+                   unsigned int in_uiDegrees);
+
+    // Source columns per strip: 0 until the first quarter turn, which fixes
+    // it for good (16 up to 1920 pixels wide, else 64), whatever the width of
+    // later pictures.
+    unsigned int getRotateSliceSize() const { return m_uiSliceSize; }
+
+    // Number of strips a quarter turn of this width takes with the current
+    // slice size (0 before the first quarter turn).
+    unsigned int StripCount(unsigned int in_uiWidth) const;
+
+    HRESULT setupForMultiThread(unsigned char* in_pucSource, unsigned char* out_pucDestination,
+                                unsigned int in_uiWidth, unsigned int in_uiHeight, unsigned int in_uiSourcePitch,
+                                unsigned int in_uiDestinationPitch, unsigned int in_uiDegrees);
+
+    // The task of one strip: 90 and 270 turn it, any other angle does nothing.
+    static void ConcurrencyRotateData(RotateContext* in_psContext);
+
+private:
+    GenericRotate(const GenericRotate&) = delete;
+    GenericRotate& operator=(const GenericRotate&) = delete;
+
+    unsigned int m_uiSliceSize;
+    CQxConcurrentWorkQueue* m_pWorkQueue;
+    RotateContext m_asContexts[kuiMaxStrips];
+};
+
+class QXBASE_API GenericRotateFactory {
+public:
+    static std::unique_ptr<GenericRotate> CreateGenericRotate();
+};
+
 // Clockwise quarter turn: source column c becomes destination row c.
 QXBASE_API void rotateYuv422To90(unsigned char* in_pucSource, unsigned char* out_pucDestination,
                                  unsigned int in_uiWidth, unsigned int in_uiHeight,
