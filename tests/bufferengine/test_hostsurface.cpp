@@ -6,21 +6,11 @@
 
 #include <thread>
 
+#include "bufferengine/enginekit.h"
+
 namespace {
 
-SQxSurfaceDescription Describe(EQxSurfaceFormat in_eFormat, uint32_t in_uiBits, uint32_t in_uiWidth,
-                               uint32_t in_uiHeight)
-{
-    SQxSurfaceDescription s{};
-    s.size = sizeof(s);
-    s.eSurfaceFormat = in_eFormat;
-    s.ulComponentBitCount = in_uiBits;
-    s.ulWidth = in_uiWidth;
-    s.ulHeight = in_uiHeight;
-    s.ePolarity = keQxPolarityProgressive;
-    s.eColorimetry = keQxColorimetryITUR_BT_709;
-    return s;
-}
+using NQxEngineKit::Describe;
 
 TEST(HostSurface, AllocatedMemoryIsAlignedZeroedAndPaddedToWholeBlocks)
 {

@@ -1,6 +1,7 @@
 // The YUYV turns against a plain per-pixel model of the picture, the
 // padding rules, and the 4:4:4 helpers.
 #include <qxbase/qxcrotate.h>
+#include <qxbase/qxerrors.h>
 
 #include <gtest/gtest.h>
 
@@ -182,6 +183,61 @@ TEST(RotateKernels, Yuv444TurnsAndConversions)
     EXPECT_EQ(0, std::memcmp(aucOut + 20, aucRow1, 8));
     EXPECT_EQ(aucOut[8], 0xEE);
     EXPECT_EQ(aucOut[19], 0xEE);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(GenericRotate, TheFirstQuarterTurnFixesTheStripSizeForGood)
+{
+    std::mt19937 oRandom = SeededRandom("GenericRotate.StripSize");
+    auto fnTurn = [&](GenericRotate& in_roRotator, unsigned int in_uiWidth, unsigned int in_uiHeight,
+                      unsigned int in_uiDegrees) {
+        CGuardedBuffer oSource(size_t(2) * in_uiWidth * in_uiHeight), oTurned(size_t(2) * in_uiWidth * in_uiHeight);
+        oSource.FillRandom(oRandom);
+        // A half turn reads and writes with the one pitch it is given.
+        const unsigned int uiTurnedPitch = in_uiDegrees == 180 ? 2 * in_uiWidth : 2 * in_uiHeight;
+        EXPECT_EQ(in_roRotator.Rotate(oSource.Data(), oTurned.Data(), in_uiWidth, in_uiHeight, 2 * in_uiWidth,
+                                      uiTurnedPitch, in_uiDegrees),
+                  S_OK);
+        if (in_uiDegrees == 90 && in_uiWidth > 0)
+            ExpectTurned({oSource.Data(), 2 * in_uiWidth}, {oTurned.Data(), 2 * in_uiHeight}, in_uiWidth, in_uiHeight,
+                         90);
+        EXPECT_TRUE(oTurned.GuardsIntact());
+    };
+    {
+        std::unique_ptr<GenericRotate> pRotator = GenericRotateFactory::CreateGenericRotate();
+        EXPECT_EQ(pRotator->getRotateSliceSize(), 0u);
+        fnTurn(*pRotator, 8, 4, 180);  // a half turn fixes nothing
+        EXPECT_EQ(pRotator->getRotateSliceSize(), 0u);
+        fnTurn(*pRotator, 1920, 8, 90);
+        EXPECT_EQ(pRotator->getRotateSliceSize(), 16u);
+        EXPECT_EQ(pRotator->StripCount(1920), 120u);
+        fnTurn(*pRotator, 3840, 2, 90);  // later pictures keep 16 columns
+        EXPECT_EQ(pRotator->StripCount(3840), 240u);
+    }
+    {
+        std::unique_ptr<GenericRotate> pRotator = GenericRotateFactory::CreateGenericRotate();
+        fnTurn(*pRotator, 1922, 4, 270);
+        EXPECT_EQ(pRotator->getRotateSliceSize(), 64u);
+        EXPECT_EQ(pRotator->StripCount(1921), 31u);  // 30 strips and one of 1 column
+        fnTurn(*pRotator, 720, 4, 90);
+        EXPECT_EQ(pRotator->getRotateSliceSize(), 64u);
+        fnTurn(*pRotator, 0, 4, 90);  // no strip at all
+    }
+    {
+        // An angle of 0 runs the strips and writes nothing.
+        std::unique_ptr<GenericRotate> pRotator = GenericRotateFactory::CreateGenericRotate();
+        CGuardedBuffer oSource(64 * 4, 0, 0x11), oTurned(64 * 4, 0, 0xCC);
+        EXPECT_EQ(pRotator->Rotate(oSource.Data(), oTurned.Data(), 32, 4, 64, 8, 0), S_OK);
+        EXPECT_EQ(oTurned.Bytes(), std::vector<unsigned char>(64 * 4, 0xCC));
+        // More strips than records: refused, nothing written.
+        EXPECT_EQ(pRotator->getRotateSliceSize(), 16u);
+        CGuardedBuffer oWide(4112 * 2 * 2), oWideTurned(4112 * 2 * 2, 0, 0xCC);
+        EXPECT_EQ(pRotator->Rotate(oWide.Data(), oWideTurned.Data(), 4112, 2, 4112 * 2, 4, 90), QX_E_INVALID_GEOMETRY);
+        EXPECT_EQ(oWideTurned.Bytes(), std::vector<unsigned char>(4112 * 2 * 2, 0xCC));
+    }
 }
 
 }  // namespace

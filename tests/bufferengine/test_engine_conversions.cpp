@@ -1,0 +1,248 @@
+// Every allowed YUV pair of the supported-copy matrix through both engines,
+// on small frames and at 1920x1080, against the composition of the
+// surfaces' scalar references (source into the 16-bit intermediate line,
+// intermediate into the destination, or the one direct kernel).
+#include <qxbase/qxcengines.h>
+#include <qxbase/qxerrors.h>
+
+#include <gtest/gtest.h>
+
+#include "bufferengine/enginekit.h"
+#include "tests/surfaces/surfacetesthelpers.h"
+
+namespace {
+
+using namespace NQxEngineKit;
+using namespace NQxcKernels;
+using namespace NQxcKernels::NBlockMatrix;
+
+struct SReference {
+    EQxcSurfaceType eDestination, eSource;
+    PFNQxcBlockJob pfnRun;
+};
+#define QXT_REFERENCE(Destination, Source, Kernel) {Destination, Source, &TScalarEntry<Kernel>::Run},
+const SReference kasReferences[] = {QXC_BLOCK_MATRIX(QXT_REFERENCE)};
+#undef QXT_REFERENCE
+
+PFNQxcBlockJob ReferenceOf(EQxcSurfaceType in_eDestination, EQxcSurfaceType in_eSource)
+{
+    for (const SReference& r : kasReferences)
+        if (r.eDestination == in_eDestination && r.eSource == in_eSource) return r.pfnRun;
+    return nullptr;
+}
+
+struct SFormat {
+    EQxSurfaceFormat eFormat;
+    uint32_t uiBits;
+    bool bShaped;
+    EQxcSurfaceType eType;
+};
+const SFormat kasYuvFormats[] = {
+    {keQxSurfaceFormatYUYV422, 8, false, keQxcSurfaceTypeYCbCr422_8bits},
+    {keQxSurfaceFormatYUAYVA4224, 8, false, keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped},
+    {keQxSurfaceFormatYUAYVA4224, 8, true, keQxcSurfaceTypeYCbCrA4224_8bits_Shaped},
+    {keQxSurfaceFormatYUYV422, 10, false, keQxcSurfaceTypeYCbCr422_10bits},
+    {keQxSurfaceFormatYUAYVA4224, 10, false, keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped},
+    {keQxSurfaceFormatYUAYVA4224, 10, true, keQxcSurfaceTypeYCbCrA4224_10bits_Shaped},
+    {keQxSurfaceFormatAYUV4444, 8, true, keQxcSurfaceTypeAYCbCr4444_8bits_Shaped},
+    {keQxSurfaceFormatV210, 10, false, keQxcSurfaceTypeV210_10bits},
+    {keQxSurfaceFormat2VUY, 8, false, keQxcSurfaceType2VUY_8bits},
+};
+
+SQxSurfaceDescription DescribeFormat(const SFormat& in_rs, uint32_t in_uiWidth, uint32_t in_uiHeight,
+                                     EQxPolarity in_ePolarity = keQxPolarityProgressive)
+{
+    SQxSurfaceDescription s = Describe(in_rs.eFormat, in_rs.uiBits, in_uiWidth, in_uiHeight, in_ePolarity);
+    s.bIsAlphaShaped = in_rs.bShaped;
+    return s;
+}
+
+bool HasKey(EQxcSurfaceType t)
+{
+    return t == keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped || t == keQxcSurfaceTypeYCbCrA4224_8bits_Shaped ||
+           t == keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped || t == keQxcSurfaceTypeYCbCrA4224_10bits_Shaped ||
+           t == keQxcSurfaceTypeAYCbCr4444_8bits_Shaped;
+}
+
+// The 16-bit line a pair goes through: 4:2:2 into v210, the shaped 4:2:2:4
+// line into a shaped destination, the unshaped one otherwise; none for the
+// pairs with a kernel of their own (YUYV or v210 with 2VUY).
+EQxcSurfaceType IntermediateOf(EQxcSurfaceType in_eSource, EQxcSurfaceType in_eDestination)
+{
+    if (ReferenceOf(in_eDestination, in_eSource) &&
+        (in_eSource == keQxcSurfaceType2VUY_8bits || in_eDestination == keQxcSurfaceType2VUY_8bits))
+        return keQxcSurfaceTypeInvalid;
+    if (in_eDestination == keQxcSurfaceTypeV210_10bits) return keQxcSurfaceTypeYCbCr422_16bits;
+    if (in_eDestination == keQxcSurfaceTypeYCbCrA4224_8bits_Shaped ||
+        in_eDestination == keQxcSurfaceTypeYCbCrA4224_10bits_Shaped)
+        return keQxcSurfaceTypeYCbCrA4224_16bits_Shaped;
+    return keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped;
+}
+
+// The destination as the references write it: a copy of the destination's
+// memory before the copy, then every line of the rectangle converted.
+std::vector<uint8_t> ReferenceCopy(CQxcHostSurface* in_pSource, const SQxRect& in_rsSource,
+                                   const std::vector<uint8_t>& in_vDestinationBefore,
+                                   const SQxSurfaceDescription& in_rsDescription, const SQxRect& in_rsDestination,
+                                   EQxcSurfaceType in_eSourceType, EQxcSurfaceType in_eDestinationType,
+                                   bool in_bWeave)
+{
+    std::vector<uint8_t> vOut = in_vDestinationBefore;
+    const EQxcSurfaceType eMiddle = IntermediateOf(in_eSourceType, in_eDestinationType);
+    const SQxSurfaceDescription& sSource = in_pSource->GetDescription();
+    auto pSource = NQxTest::CreateBlockSurface(in_eSourceType, true);
+    auto pDestination = NQxTest::CreateBlockSurface(in_eDestinationType, true);
+    const unsigned uiWidth = unsigned(in_rsSource.right - in_rsSource.left);
+    const unsigned uiChunks = (uiWidth + 15) / 16;
+    alignas(64) static uint8_t s_aucLine[49152];
+    std::unique_ptr<CQxcSurface> pMiddle;
+    if (eMiddle != keQxcSurfaceTypeInvalid) {
+        pMiddle = NQxTest::CreateBlockSurface(eMiddle, true);
+        pMiddle->Initialize(s_aucLine, uiWidth, 1, 49152,
+                            eMiddle != keQxcSurfaceTypeYCbCr422_16bits && HasKey(in_eSourceType), sSource.eColorimetry);
+    }
+    const unsigned uiLines = unsigned(in_rsSource.bottom - in_rsSource.top);
+    for (unsigned i = 0; i < uiLines; ++i) {
+        // In a weave, frame line i comes from line i / 2 of field i % 2.
+        const unsigned uiSourceLine = in_bWeave ? (i % 2) * (sSource.ulHeight / 2) + in_rsSource.top / 2 + i / 2
+                                                : in_rsSource.top + i;
+        pSource->Initialize(in_pSource->GetBuffer(), sSource.ulWidth, sSource.ulHeight, sSource.lPitch,
+                            HasKey(in_eSourceType), sSource.eColorimetry);
+        pDestination->Initialize(vOut.data(), in_rsDescription.ulWidth, in_rsDescription.ulHeight,
+                                 in_rsDescription.lPitch, HasKey(in_eDestinationType), in_rsDescription.eColorimetry);
+        EXPECT_TRUE(pSource->SetPosition(unsigned(in_rsSource.left) & ~15u, uiSourceLine));
+        EXPECT_TRUE(pDestination->SetPosition(unsigned(in_rsDestination.left) & ~15u, in_rsDestination.top + i));
+        if (!pMiddle) {
+            ReferenceOf(in_eDestinationType, in_eSourceType)(NQxTest::MakeJob(*pDestination, *pSource, uiChunks, 1));
+            continue;
+        }
+        pMiddle->SetPosition(0, 0);
+        ReferenceOf(eMiddle, in_eSourceType)(NQxTest::MakeJob(*pMiddle, *pSource, uiChunks, 1));
+        ReferenceOf(in_eDestinationType, eMiddle)(NQxTest::MakeJob(*pDestination, *pMiddle, uiChunks, 1));
+    }
+    return vOut;
+}
+
+class Conversions : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        ms_pAsync = MakeEngine().release();
+        ms_pSync = MakeSyncEngine().release();
+    }
+    static void TearDownTestSuite()
+    {
+        ms_pAsync->Release();
+        ms_pSync->Release();
+    }
+
+    // Copies through one engine and compares with the references.
+    void Check(int in_iEngine, const SFormat& in_rsSource, const SFormat& in_rsDestination, uint32_t in_uiWidth,
+               uint32_t in_uiHeight, std::mt19937& io_oRandom)
+    {
+        auto pSource = Allocate(DescribeFormat(in_rsSource, in_uiWidth, in_uiHeight));
+        auto pDestination = Allocate(DescribeFormat(in_rsDestination, in_uiWidth, in_uiHeight));
+        FillRandomPixels(pSource.get(), io_oRandom);
+        FillRandomPixels(pDestination.get(), io_oRandom);
+        const std::vector<uint8_t> vBefore(pDestination->GetBuffer(),
+                                           pDestination->GetBuffer() + pDestination->GetBufferSize());
+        SQxRect s = Whole(pSource.get());
+        const HRESULT hr =
+            in_iEngine == 0
+                ? ms_pAsync->CopySurface(pSource.get(), &s, pDestination.get(), &s, keQxFilterModeNearest)
+                : ms_pSync->SyncCopySurface(pSource.get(), &s, pDestination.get(), &s, keQxFilterModeNearest);
+        ASSERT_EQ(hr, S_OK);
+        const std::vector<uint8_t> vExpected =
+            ReferenceCopy(pSource.get(), s, vBefore, pDestination->GetDescription(), s, in_rsSource.eType,
+                          in_rsDestination.eType, false);
+        ASSERT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pDestination->GetBuffer()));
+    }
+
+    static IQxcBufferEngine* ms_pAsync;
+    static IQxSyncBufferEngine* ms_pSync;
+};
+IQxcBufferEngine* Conversions::ms_pAsync = nullptr;
+IQxSyncBufferEngine* Conversions::ms_pSync = nullptr;
+
+TEST_F(Conversions, EveryAllowedYuvPairMatchesTheReferencesOnSmallAndFullHdFrames)
+{
+    std::mt19937 oRandom = SeededRandom("Conversions.EveryPair");
+    int iPairs = 0;
+    for (const SFormat& sSource : kasYuvFormats)
+        for (const SFormat& sDestination : kasYuvFormats) {
+            if (sSource.eType == sDestination.eType ||
+                !CQxcBufferCopyService::IsSupportedCopy(sSource.eType, sDestination.eType))
+                continue;
+            ++iPairs;
+            for (int e = 0; e < 2; ++e) {
+                SCOPED_TRACE(testing::Message() << "type " << sSource.eType << " to " << sDestination.eType << ", "
+                                                << (e ? "sync" : "async"));
+                Check(e, sSource, sDestination, 40, 6, oRandom);   // a partial last block
+                Check(e, sSource, sDestination, 100, 37, oRandom);  // remainder lines, v210 phases
+                if (e == iPairs % 2) Check(e, sSource, sDestination, 1920, 1080, oRandom);
+            }
+        }
+    // The matrix's YUV pairs between different types.
+    EXPECT_EQ(iPairs, 34);
+}
+
+TEST_F(Conversions, RectanglesWeaveAndLinesWhoseBlocksWouldPassTheBuffer)
+{
+    std::mt19937 oRandom = SeededRandom("Conversions.Rectangles");
+    const SFormat& sYuyv = kasYuvFormats[0];
+    const SFormat& sV210 = kasYuvFormats[7];
+    {
+        // A rectangle inside both pictures, starts taken down to 16 pixels.
+        auto pSource = Allocate(DescribeFormat(sYuyv, 640, 360));
+        auto pDestination = Allocate(DescribeFormat(sV210, 960, 540));
+        FillRandomPixels(pSource.get(), oRandom);
+        const std::vector<uint8_t> vBefore(pDestination->GetBuffer(),
+                                           pDestination->GetBuffer() + pDestination->GetBufferSize());
+        SQxRect sSource{37, 11, 37 + 300, 11 + 201}, sDestination{100, 300, 400, 501};
+        ASSERT_EQ(ms_pAsync->CopySurface(pSource.get(), &sSource, pDestination.get(), &sDestination,
+                                         keQxFilterModeNearest),
+                  S_OK);
+        const auto vExpected = ReferenceCopy(pSource.get(), sSource, vBefore, pDestination->GetDescription(),
+                                             sDestination, sYuyv.eType, sV210.eType, false);
+        EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pDestination->GetBuffer()));
+    }
+    {
+        // Two stored fields woven into a frame while converting.
+        auto pStored = Allocate(DescribeFormat(sYuyv, 720, 486, keQxPolarityBackToBack));
+        auto pFrame = Allocate(DescribeFormat(sV210, 720, 486, keQxPolarityInterlaced));
+        FillRandomPixels(pStored.get(), oRandom);
+        FillRandomPixels(pFrame.get(), oRandom);
+        const std::vector<uint8_t> vBefore(pFrame->GetBuffer(), pFrame->GetBuffer() + pFrame->GetBufferSize());
+        SQxRect s = Whole(pStored.get());
+        ASSERT_EQ(ms_pSync->SyncCopySurface(pStored.get(), &s, pFrame.get(), &s, keQxFilterModeNearest), S_OK);
+        const auto vExpected =
+            ReferenceCopy(pStored.get(), s, vBefore, pFrame->GetDescription(), s, sYuyv.eType, sV210.eType, true);
+        EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pFrame->GetBuffer()));
+    }
+    {
+        // Lines of exactly 40 pixels (80 bytes) in memory with nothing after
+        // the last one: the last block of every line would pass the line, so
+        // those lines are staged; only the line's bytes are written.
+        const SFormat& s4224 = kasYuvFormats[1];
+        CGuardedSurface oSource(DescribeFormat(s4224, 40, 17), 0, 8);  // unaligned source lines too
+        CGuardedSurface oDestination(DescribeFormat(sYuyv, 40, 17), 80);
+        FillRandomPixels(oSource.Get(), oRandom);
+        oDestination.Memory().FillRandom(oRandom);
+        const std::vector<uint8_t> vBefore = oDestination.Memory().Bytes();
+        SQxRect s = Whole(oSource.Get());
+        ASSERT_EQ(ms_pAsync->CopySurface(oSource.Get(), &s, oDestination.Get(), &s, keQxFilterModeNearest), S_OK);
+        // The references write whole blocks: run them on roomy lines and
+        // compare each line's 80 bytes.
+        SQxSurfaceDescription sRoomy = oDestination->GetDescription();
+        sRoomy.lPitch = 96;
+        std::vector<uint8_t> vRoomy(96 * 17);
+        for (int y = 0; y < 17; ++y) std::memcpy(&vRoomy[96 * y], &vBefore[80 * y], 80);
+        const auto vExpected =
+            ReferenceCopy(oSource.Get(), s, vRoomy, sRoomy, s, s4224.eType, sYuyv.eType, false);
+        for (int y = 0; y < 17; ++y)
+            EXPECT_EQ(0, std::memcmp(&vExpected[96 * y], oDestination.Memory().Data() + 80 * y, 80)) << "line " << y;
+        EXPECT_TRUE(oDestination.Memory().GuardsIntact());
+    }
+}
+
+}  // namespace
