@@ -205,6 +205,11 @@ HRESULT CQxcBufferClearService::ClearMainThread()
         m_asSlices[uiTasks++] = SSlice{this, i * sPlan.uiLinesPerSlice, sPlan.uiLinesPerSlice};
     if (sPlan.uiRemainder != 0)
         m_asSlices[uiTasks++] = SSlice{this, sPlan.uiSlices * sPlan.uiLinesPerSlice, sPlan.uiRemainder};
+    // One slice runs on the calling thread, without the hand-over.
+    if (uiTasks == 1) {
+        ClearSlice(m_asSlices[0]);
+        return S_OK;
+    }
     for (uint32_t i = 0; i < uiTasks; ++i)
         if (FAILED(m_pWorkQueue->QueueTask(&m_asSlices[i], kuiInfinite))) ++m_uiErrorCount;
     m_pWorkQueue->WaitForCompletion(kuiInfinite);

@@ -789,12 +789,14 @@ HRESULT CQxcBufferCopyService::CopyMainThread()
     const unsigned int uiFirstDestination = p.bFieldWeave ? p.uiFirstDestinationLine / 2 : p.uiFirstDestinationLine;
     const bool bYuv = IsYuvPath();
     const char* pszPath = bYuv ? "ConcRTCopy YUV <-> YUV" : "ConcRTCopy RGB <-> YUV";
-    uint32_t uiUnqueued = 0;
+    // A copy of one task runs on the calling thread: handing it to the pool
+    // would only add the hand-over to its time.
+    const bool bInline = sPlan.uiSlices + (sPlan.uiRemainder != 0 ? 1 : 0) == 1;
     auto fnQueue = [&](CQxcHostSurfaceCopyManager* in_pManager) {
-        if (FAILED(m_pWorkQueue->QueueTask(in_pManager, kuiInfinite))) {
+        if (bInline)
+            ConcurrencyCopyData(in_pManager);
+        else if (FAILED(m_pWorkQueue->QueueTask(in_pManager, kuiInfinite)))
             ++in_pManager->m_uiErrors;
-            ++uiUnqueued;
-        }
     };
     for (unsigned int i = 0; i < sPlan.uiSlices; ++i) {
         CQxcHostSurfaceCopyManager* pManager = m_ppManagers[i];
@@ -805,7 +807,7 @@ HRESULT CQxcBufferCopyService::CopyMainThread()
                                        p.uiDestinationHeight);
         fnQueue(pManager);
     }
-    if (sPlan.uiSlices > 0) m_pWorkQueue->WaitForCompletion(kuiInfinite);
+    if (sPlan.uiSlices > 0 && !bInline) m_pWorkQueue->WaitForCompletion(kuiInfinite);
     for (unsigned int i = 0; i < sPlan.uiSlices; ++i) m_uiErrorCount += m_ppManagers[i]->m_uiErrors;
     if (sPlan.uiRemainder != 0) {
         // Manager 0 is free again; the lines after the last slice.
@@ -813,11 +815,10 @@ HRESULT CQxcBufferCopyService::CopyMainThread()
         SetupSlice(pManager, sPlan.uiRemainder, uiFirstSource + sPlan.uiLinesPerSlice * sPlan.uiSlices,
                    uiFirstDestination + sPlan.uiLinesPerSlice * sPlan.uiSlices);
         fnQueue(pManager);
-        m_pWorkQueue->WaitForCompletion(kuiInfinite);
+        if (!bInline) m_pWorkQueue->WaitForCompletion(kuiInfinite);
         m_uiErrorCount += pManager->m_uiErrors;
     }
     m_uiSliceCount = sPlan.uiSlices + (sPlan.uiRemainder != 0 ? 1 : 0);
-    (void)uiUnqueued;
     const uint64_t ui64Elapsed = pTimer->GetTime() - ui64Start;
     NQxcLogger::Log(2, NQxcLogger::kiLevelTiming, "%s:: -  Time:[%I64u]", pszPath, (unsigned long long)ui64Elapsed);
     return S_OK;

@@ -229,6 +229,12 @@ HRESULT CQxcBufferVideoAndKeyService::RunSlices()
 {
     m_uiErrorCount = 0;
     if (!m_pWorkQueue) return QX_E_NOT_INITIALIZED;
+    // One slice runs on the calling thread, without the hand-over.
+    if (m_uiSliceCount == 1) {
+        const SSlice& rs = m_psSlices[0];
+        rs.pfnKernel(rs.a, rs.b, rs.c, rs.iLines, rs.iChunks, rs.iSkipC, rs.iSkipA, rs.iSkipB);
+        return S_OK;
+    }
     for (uint32_t i = 0; i < m_uiSliceCount; ++i)
         if (FAILED(m_pWorkQueue->QueueTask(&m_psSlices[i], kuiInfinite))) ++m_uiErrorCount;
     m_pWorkQueue->WaitForCompletion(kuiInfinite);
