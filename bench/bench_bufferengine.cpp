@@ -39,16 +39,7 @@ typedef std::unique_ptr<CQxcHostSurface, SRelease> TSurface;
 SQxSurfaceDescription Describe(EQxSurfaceFormat in_eFormat, uint32_t in_uiBits, uint32_t in_uiWidth,
                                uint32_t in_uiHeight)
 {
-    SQxSurfaceDescription s{};
-    s.size = sizeof(s);
-    s.eSurfaceFormat = in_eFormat;
-    s.ulComponentBitCount = in_uiBits;
-    s.ulWidth = in_uiWidth;
-    s.ulHeight = in_uiHeight;
-    s.ePolarity = keQxPolarityProgressive;
-    s.eColorimetry = keQxColorimetryITUR_BT_709;
-    s.bAllowHostConversion = true;
-    return s;
+    return CQxcHostSurface::MakeDescription(in_eFormat, in_uiBits, in_uiWidth, in_uiHeight);
 }
 
 TSurface Allocate(const SQxSurfaceDescription& in_rs)

@@ -3,7 +3,7 @@
 #include <qxbase/qxcbufferservices.h>
 #include <qxbase/qxerrors.h>
 #include <qxbase/qxcsurfacefactory.h>
-#include <qxbase/qxsync.h>
+#include <qxbase/qxperftimer.h>
 #include <qxbase/qxworkqueue.h>
 
 #include <algorithm>
@@ -40,8 +40,16 @@ bool PictureFitsBuffer(EQxcSurfaceType in_eType, uint32_t in_uiWidth, uint32_t i
     return uint64_t(in_uiHeight - 1) * uint32_t(in_iPitch) + uLine <= in_uiSize;
 }
 
-// Microseconds from the process clock.
-uint64_t NowMicroseconds() { return CQxPerfTimer::GetTimerClass()->GetTimeNano() / 1000; }
+// Microseconds from the process clock: counter ticks over ticks per
+// millisecond, or real-time nanoseconds where the counter is not invariant.
+uint64_t NowMicroseconds()
+{
+    CQxPerfTimer* pTimer = CQxPerfTimer::GetTimerClass();
+    const uint64_t ui64Ticks = pTimer->GetTickCount();
+    if (!g_bInvariantTSC) return ui64Ticks / 1000;
+    const uint64_t ui64PerMillisecond = pTimer->GetProcessorSpeed();
+    return ui64Ticks / ui64PerMillisecond * 1000 + ui64Ticks % ui64PerMillisecond * 1000 / ui64PerMillisecond;
+}
 
 }  // namespace
 

@@ -101,6 +101,23 @@ void CQxcHostAVContent::Reset()
 
 // --- CQxcHostSurface --------------------------------------------------------
 
+SQxSurfaceDescription CQxcHostSurface::MakeDescription(EQxSurfaceFormat in_eFormat, uint32_t in_uiBitCount,
+                                                       uint32_t in_uiWidth, uint32_t in_uiHeight,
+                                                       EQxPolarity in_ePolarity, EQxColorimetry in_eColorimetry)
+{
+    SQxSurfaceDescription s{};
+    s.size = sizeof(s);
+    s.eSurfaceFormat = in_eFormat;
+    s.ulComponentBitCount = in_uiBitCount;
+    s.ulWidth = in_uiWidth;
+    s.ulHeight = in_uiHeight;
+    s.ePolarity = in_ePolarity;
+    s.eColorimetry = in_eColorimetry;
+    s.eMemoryLocation = keQxMemoryLocationHost;
+    s.bAllowHostConversion = true;
+    return s;
+}
+
 uint32_t CQxcHostSurface::GetLineBytes(EQxSurfaceFormat in_eFormat, uint32_t in_uiBitCount, uint32_t in_uiWidth)
 {
     const uint64_t w = in_uiWidth;

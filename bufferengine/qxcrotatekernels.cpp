@@ -70,6 +70,37 @@ void clearToBlack(unsigned char* out_pucDestination, unsigned int in_uiCount, un
     }
 }
 
+namespace {
+
+// The bytes of a pair that the row of its first pixel gives: that pixel's
+// luma and, when the pair takes its chroma from this row, Cb (the high byte
+// of the even word of the column's pair) and Cr (of the odd word after it).
+inline void FromFirstPixelRow(const unsigned char* in_pucSource, int64_t in_i64Row, int64_t in_i64Column,
+                              bool in_bChroma, unsigned char* out_pucPair)
+{
+    const uint16_t usWord = ReadWord(in_pucSource, in_i64Row, in_i64Column);
+    out_pucPair[0] = Low(usWord);
+    if (in_bChroma) {
+        out_pucPair[1] = High(usWord);
+        out_pucPair[3] = High(ReadWord(in_pucSource, in_i64Row, in_i64Column + 1));
+    }
+}
+
+// The same from the row of the pair's second pixel: its luma and, with the
+// chroma, Cr (this odd word) and Cb (the even word before it).
+inline void FromSecondPixelRow(const unsigned char* in_pucSource, int64_t in_i64Row, int64_t in_i64Column,
+                               bool in_bChroma, unsigned char* out_pucPair)
+{
+    const uint16_t usWord = ReadWord(in_pucSource, in_i64Row, in_i64Column);
+    out_pucPair[2] = Low(usWord);
+    if (in_bChroma) {
+        out_pucPair[3] = High(usWord);
+        out_pucPair[1] = High(ReadWord(in_pucSource, in_i64Row, in_i64Column - 1));
+    }
+}
+
+}  // namespace
+
 // 90 degrees: pair k of destination row c takes source rows a = height - 1 -
 // 2k (first pixel) and b = height - 2 - 2k (second pixel). An even column
 // takes its chroma from row a, an odd column from row b.
@@ -82,12 +113,7 @@ void rotatePixelPairInOddRows90(unsigned char* in_pucSource, unsigned char* out_
                in_uiDestinationPitch, in_uiFirstColumn, in_uiEndColumn,
                (static_cast<int64_t>(in_uiHeight) - 1) * in_uiSourcePitch, -1,
                [](unsigned int c, const unsigned char* s, int64_t row, unsigned char* p) {
-                   const uint16_t usWord = ReadWord(s, row, c);
-                   p[0] = Low(usWord);
-                   if ((c & 1) == 0) {
-                       p[1] = High(usWord);
-                       p[3] = High(ReadWord(s, row, int64_t(c) + 1));
-                   }
+                   FromFirstPixelRow(s, row, c, (c & 1) == 0, p);
                });
 }
 
@@ -100,12 +126,7 @@ void rotatePixelPairInEvenRows90(unsigned char* in_pucSource, unsigned char* out
                in_uiDestinationPitch, in_uiFirstColumn, in_uiEndColumn,
                (static_cast<int64_t>(in_uiHeight) - 2) * in_uiSourcePitch, -1,
                [](unsigned int c, const unsigned char* s, int64_t row, unsigned char* p) {
-                   const uint16_t usWord = ReadWord(s, row, c);
-                   p[2] = Low(usWord);
-                   if ((c & 1) != 0) {
-                       p[3] = High(usWord);
-                       p[1] = High(ReadWord(s, row, int64_t(c) - 1));
-                   }
+                   FromSecondPixelRow(s, row, c, (c & 1) != 0, p);
                });
 }
 
@@ -122,13 +143,7 @@ void rotatePixelPairInEvenRows270(unsigned char* in_pucSource, unsigned char* ou
     RotatePass(in_pucSource, out_pucDestination, in_uiWidth, in_uiHeight, in_uiSourcePitch,
                in_uiDestinationPitch, in_uiFirstColumn, in_uiEndColumn, 0, 1,
                [i64Last](unsigned int r, const unsigned char* s, int64_t row, unsigned char* p) {
-                   const int64_t i64Column = i64Last - r;
-                   const uint16_t usWord = ReadWord(s, row, i64Column);
-                   p[0] = Low(usWord);
-                   if ((r & 1) != 0) {
-                       p[1] = High(usWord);
-                       p[3] = High(ReadWord(s, row, i64Column + 1));
-                   }
+                   FromFirstPixelRow(s, row, i64Last - r, (r & 1) != 0, p);
                });
 }
 
@@ -141,13 +156,7 @@ void rotatePixelPairInOddRows270(unsigned char* in_pucSource, unsigned char* out
     RotatePass(in_pucSource, out_pucDestination, in_uiWidth, in_uiHeight, in_uiSourcePitch,
                in_uiDestinationPitch, in_uiFirstColumn, in_uiEndColumn, in_uiSourcePitch, 1,
                [i64Last](unsigned int r, const unsigned char* s, int64_t row, unsigned char* p) {
-                   const int64_t i64Column = i64Last - r;
-                   const uint16_t usWord = ReadWord(s, row, i64Column);
-                   p[2] = Low(usWord);
-                   if ((r & 1) == 0) {
-                       p[3] = High(usWord);
-                       p[1] = High(ReadWord(s, row, i64Column - 1));
-                   }
+                   FromSecondPixelRow(s, row, i64Last - r, (r & 1) == 0, p);
                });
 }
 

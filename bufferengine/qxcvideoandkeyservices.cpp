@@ -28,6 +28,20 @@ bool IsCombinedOf(EQxcSurfaceType in_eFill, EQxcSurfaceType in_eCombined)
     return false;
 }
 
+// The internal type of a surface, or none (the validation that follows
+// reports why).
+EQxcSurfaceType TypeOf(IQxSurface* in_pSurface)
+{
+    SQxSurfaceDescription s{};
+    s.size = sizeof(s);
+    EQxcSurfaceType eType = keQxcSurfaceTypeInvalid;
+    EQxColorimetry eColorimetry;
+    EQxcColorRange eRange;
+    if (in_pSurface && SUCCEEDED(in_pSurface->GetSurfaceDescription(&s)))
+        CQxcBufferEngineCommon::GetParamsFromQxSurfaceDescription(s, &eType, &eColorimetry, &eRange);
+    return eType;
+}
+
 }  // namespace
 
 // --- Chunk arithmetic ---------------------------------------------------------
@@ -264,15 +278,7 @@ HRESULT CQxcBufferCombineVideoAndKeyService::ValidateAndInitializeParams(IQxSurf
                                                                          IQxSurface* in_pDestination,
                                                                          bool in_bAlphaScaling)
 {
-    SQxSurfaceDescription sVideo{};
-    sVideo.size = sizeof(sVideo);
-    EQxcSurfaceType eFill = keQxcSurfaceTypeInvalid;
-    if (in_pVideo && SUCCEEDED(in_pVideo->GetSurfaceDescription(&sVideo))) {
-        EQxColorimetry eColorimetry;
-        EQxcColorRange eRange;
-        CQxcBufferEngineCommon::GetParamsFromQxSurfaceDescription(sVideo, &eFill, &eColorimetry, &eRange);
-    }
-    return Prepare(in_pVideo, in_pKey, in_pDestination, true, getCombineFunction(eFill, in_bAlphaScaling));
+    return Prepare(in_pVideo, in_pKey, in_pDestination, true, getCombineFunction(TypeOf(in_pVideo), in_bAlphaScaling));
 }
 
 HRESULT CQxcBufferCombineVideoAndKeyService::CombineThread() { return RunSlices(); }
@@ -304,15 +310,7 @@ PFNQxcCombineExtractKernel CQxcBufferExtractVideoAndKeyService::getExtractFuncti
 HRESULT CQxcBufferExtractVideoAndKeyService::ValidateAndInitializeParams(IQxSurface* in_pSource,
                                                                          IQxSurface* in_pVideo, IQxSurface* in_pKey)
 {
-    SQxSurfaceDescription sSource{};
-    sSource.size = sizeof(sSource);
-    EQxcSurfaceType eCombined = keQxcSurfaceTypeInvalid;
-    if (in_pSource && SUCCEEDED(in_pSource->GetSurfaceDescription(&sSource))) {
-        EQxColorimetry eColorimetry;
-        EQxcColorRange eRange;
-        CQxcBufferEngineCommon::GetParamsFromQxSurfaceDescription(sSource, &eCombined, &eColorimetry, &eRange);
-    }
-    return Prepare(in_pVideo, in_pKey, in_pSource, false, getExtractFunction(eCombined));
+    return Prepare(in_pVideo, in_pKey, in_pSource, false, getExtractFunction(TypeOf(in_pSource)));
 }
 
 HRESULT CQxcBufferExtractVideoAndKeyService::ExtractThread() { return RunSlices(); }

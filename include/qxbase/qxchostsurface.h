@@ -82,6 +82,13 @@ public:
     static HRESULT CreateAllocated(const SQxSurfaceDescription& in_sDescription, CQxcHostAVContent* in_pContent,
                                    CQxcHostSurface** out_ppSurface);
 
+    // A description of a picture: its size in bytes (pitch, buffer size)
+    // left for CreateAllocated to fill in, host conversion allowed.
+    static SQxSurfaceDescription MakeDescription(EQxSurfaceFormat in_eFormat, uint32_t in_uiBitCount,
+                                                 uint32_t in_uiWidth, uint32_t in_uiHeight,
+                                                 EQxPolarity in_ePolarity = keQxPolarityProgressive,
+                                                 EQxColorimetry in_eColorimetry = keQxColorimetryITUR_BT_709);
+
     // Bytes of one line of in_uiWidth pixels of a format and bit count, or 0
     // where the format has no line layout (compressed and data formats) or
     // the bit count is not supported.

@@ -19,16 +19,8 @@ inline SQxSurfaceDescription Describe(EQxSurfaceFormat in_eFormat, uint32_t in_u
                                       uint32_t in_uiHeight, EQxPolarity in_ePolarity = keQxPolarityProgressive,
                                       EQxColorimetry in_eColorimetry = keQxColorimetryITUR_BT_709)
 {
-    SQxSurfaceDescription s{};
-    s.size = sizeof(s);
-    s.eSurfaceFormat = in_eFormat;
-    s.ulComponentBitCount = in_uiBits;
-    s.ulWidth = in_uiWidth;
-    s.ulHeight = in_uiHeight;
-    s.ePolarity = in_ePolarity;
-    s.eColorimetry = in_eColorimetry;
-    s.bAllowHostConversion = true;
-    return s;
+    return CQxcHostSurface::MakeDescription(in_eFormat, in_uiBits, in_uiWidth, in_uiHeight, in_ePolarity,
+                                            in_eColorimetry);
 }
 
 struct SRelease {
@@ -105,37 +97,33 @@ inline SQxRect Whole(const CQxcHostSurface* in_pSurface)
                    int32_t(in_pSurface->GetDescription().ulHeight)};
 }
 
-inline TOwned<IQxcBufferEngine> MakeEngine()
+// An engine made the way the class table's factory makes it.
+template <class TFactoryClass, class TFactory, class TEngine>
+TOwned<TEngine> MakeThrough(const GUID& in_rIid, HRESULT (TFactory::*in_pfnCreate)(IQxFlexEnginePrivate*, TEngine**))
 {
     HRESULT hr = E_FAIL;
-    CQxUnknown* pUnknown = CQxcBufferEngineFactory::CreateInstance(nullptr, &hr);
+    CQxUnknown* pUnknown = TFactoryClass::CreateInstance(nullptr, &hr);
     EXPECT_EQ(hr, S_OK);
-    IQxcBufferEngineFactory* pFactory = nullptr;
+    TFactory* pFactory = nullptr;
     pUnknown->NonDelegatingAddRef();
-    EXPECT_EQ(pUnknown->NonDelegatingQueryInterface(IID_IQxcBufferEngineFactory, reinterpret_cast<void**>(&pFactory)),
-              S_OK);
+    EXPECT_EQ(pUnknown->NonDelegatingQueryInterface(in_rIid, reinterpret_cast<void**>(&pFactory)), S_OK);
     pUnknown->NonDelegatingRelease();
-    IQxcBufferEngine* pEngine = nullptr;
-    EXPECT_EQ(pFactory->CreateBufferEngine(nullptr, &pEngine), S_OK);
+    TEngine* pEngine = nullptr;
+    EXPECT_EQ((pFactory->*in_pfnCreate)(nullptr, &pEngine), S_OK);
     pFactory->Release();
-    return TOwned<IQxcBufferEngine>(pEngine);
+    return TOwned<TEngine>(pEngine);
+}
+
+inline TOwned<IQxcBufferEngine> MakeEngine()
+{
+    return MakeThrough<CQxcBufferEngineFactory>(IID_IQxcBufferEngineFactory,
+                                                &IQxcBufferEngineFactory::CreateBufferEngine);
 }
 
 inline TOwned<IQxSyncBufferEngine> MakeSyncEngine()
 {
-    HRESULT hr = E_FAIL;
-    CQxUnknown* pUnknown = CQxcSyncBufferEngineFactory::CreateInstance(nullptr, &hr);
-    EXPECT_EQ(hr, S_OK);
-    IQxcSyncBufferEngineFactory* pFactory = nullptr;
-    pUnknown->NonDelegatingAddRef();
-    EXPECT_EQ(pUnknown->NonDelegatingQueryInterface(IID_IQxcSyncBufferEngineFactory,
-                                                    reinterpret_cast<void**>(&pFactory)),
-              S_OK);
-    pUnknown->NonDelegatingRelease();
-    IQxSyncBufferEngine* pEngine = nullptr;
-    EXPECT_EQ(pFactory->CreateSyncBufferEngine(nullptr, &pEngine), S_OK);
-    pFactory->Release();
-    return TOwned<IQxSyncBufferEngine>(pEngine);
+    return MakeThrough<CQxcSyncBufferEngineFactory>(IID_IQxcSyncBufferEngineFactory,
+                                                    &IQxcSyncBufferEngineFactory::CreateSyncBufferEngine);
 }
 
 }  // namespace NQxEngineKit
