@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
@@ -499,6 +500,54 @@ TEST_F(Engines, TwoThreadsOnOneAsynchronousEngineBothCopyAndTheWaiterIsTold)
     pHeld->NonDelegatingRelease();
     // The engine serves the next caller normally.
     EXPECT_EQ(m_pAsync->CopySurface(pSecondSource.get(), &s, pFirstDestination.get(), &s, keQxFilterModeNearest), S_OK);
+}
+
+}  // namespace
+
+namespace {
+
+// Several threads copying and clearing through one engine of each kind:
+// every operation is done whole, results are success or (asynchronous
+// engine) the report that the operation waited, and the engine ends idle.
+TEST(EngineConcurrency, ThreadsSharingOneEngineEachGetTheirFramesWhole)
+{
+    const int32_t i32Objects = g_i32Objects;
+    {
+        auto pAsync = MakeEngine();
+        auto pSync = MakeSyncEngine();
+        constexpr int kiThreads = 4, kiRounds = 12;
+        std::vector<std::thread> vThreads;
+        std::atomic<int> iWrong{0};
+        for (int t = 0; t < kiThreads; ++t)
+            vThreads.emplace_back([&, t] {
+                std::mt19937 oRandom(1000 + t);
+                auto pSource = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 320, 48));
+                auto pConverted = Allocate(Describe(keQxSurfaceFormatV210, 10, 320, 48));
+                auto pBack = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 320, 48));
+                SQxRect s = Whole(pSource.get());
+                for (int r = 0; r < kiRounds; ++r) {
+                    FillRandomPixels(pSource.get(), oRandom);
+                    const HRESULT hrThere = (t + r) % 2 == 0
+                                                ? pAsync->CopySurface(pSource.get(), &s, pConverted.get(), &s,
+                                                                      keQxFilterModeNearest)
+                                                : pSync->SyncCopySurface(pSource.get(), &s, pConverted.get(), &s,
+                                                                         keQxFilterModeNearest);
+                    const HRESULT hrBack =
+                        pAsync->CopySurface(pConverted.get(), &s, pBack.get(), &s, keQxFilterModeNearest);
+                    const HRESULT hrClear = pSync->SyncClearSurface(pConverted.get(), keQxColorBlack, 1.0f);
+                    // 8-bit YUYV through v210 and back is lossless.
+                    const bool bDone = (hrThere == S_OK || hrThere == QX_E_OPERATION_REFUSED) &&
+                                       (hrBack == S_OK || hrBack == QX_E_OPERATION_REFUSED) && hrClear == S_OK &&
+                                       std::memcmp(pSource->GetBuffer(), pBack->GetBuffer(), pSource->GetBufferSize()) == 0;
+                    if (!bDone) ++iWrong;
+                }
+                if (pSource->GetLockCount() || pConverted->GetLockCount() || pBack->GetLockCount()) ++iWrong;
+            });
+        for (std::thread& t : vThreads) t.join();
+        EXPECT_EQ(iWrong.load(), 0);
+        EXPECT_EQ(static_cast<CQxcBufferEngine*>(pAsync.get())->GetOperationsInFlight(), 0);
+    }
+    EXPECT_EQ(g_i32Objects, i32Objects);
 }
 
 }  // namespace
