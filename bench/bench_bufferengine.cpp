@@ -112,13 +112,13 @@ public:
     COneThread(const SFormat& in_rsSource, const SFormat& in_rsDestination)
     {
         const CQxcSurfaceFactory oFactory;
-        m_pSource.reset(Create(oFactory, in_rsSource));
-        m_pDestination.reset(Create(oFactory, in_rsDestination));
+        m_bBuffers = in_rsSource.eFormat == keQxSurfaceFormatARGBGraphic ||
+                     in_rsDestination.eFormat == keQxSurfaceFormatARGBGraphic;
+        m_pSource.reset(Create(oFactory, in_rsSource, m_bBuffers));
+        m_pDestination.reset(Create(oFactory, in_rsDestination, m_bBuffers));
         m_pMiddle.reset(in_rsDestination.eFormat == keQxSurfaceFormatV210
                             ? static_cast<CQxcSurface*>(oFactory.CreateYCbCr422_16bitsSurface(true))
                             : oFactory.CreateYCbCrA4224_16bits_UnshapedSurface(true));
-        m_bBuffers = in_rsSource.eFormat == keQxSurfaceFormatARGBGraphic ||
-                     in_rsDestination.eFormat == keQxSurfaceFormatARGBGraphic;
     }
     bool Ready() const { return m_pSource && m_pDestination; }
 
@@ -146,18 +146,28 @@ public:
     }
 
 private:
-    static CQxcSurface* Create(const CQxcSurfaceFactory& in_ro, const SFormat& in_rs)
+    // Block surfaces, or the buffer surfaces of the RGB pairs.
+    static CQxcSurface* Create(const CQxcSurfaceFactory& in_ro, const SFormat& in_rs, bool in_bBuffers)
     {
         switch (in_rs.eFormat) {
-        case keQxSurfaceFormatYUYV422: return in_ro.CreateYCbCr422_8bitsSurface(false);
+        case keQxSurfaceFormatYUYV422:
+            return in_bBuffers ? static_cast<CQxcSurface*>(in_ro.CreateYCbCr422_8bits_BufferSurface(false))
+                               : in_ro.CreateYCbCr422_8bitsSurface(false);
         case keQxSurfaceFormatV210: return in_ro.CreateV210_10bitsSurface(false);
-        default: return nullptr;  // the RGB surfaces are not made here yet
+        case keQxSurfaceFormatARGBGraphic: return in_ro.CreateRGBA_8bits_UnshapedBufferSurface(false);
+        default: return nullptr;
         }
     }
     static void Bind(CQxcSurface* in_pSurface, CQxcHostSurface* in_pHost)
     {
         const SQxSurfaceDescription& s = in_pHost->GetDescription();
-        in_pSurface->Initialize(in_pHost->GetBuffer(), s.ulWidth, s.ulHeight, s.lPitch, false, s.eColorimetry);
+        const EQxColorimetry eColorimetry = keQxColorimetryITUR_BT_709;
+        if (CQxcBufferSurface* p = dynamic_cast<CQxcBufferSurface*>(in_pSurface))
+            p->Initialize(in_pHost->GetBuffer(), s.ulWidth, s.ulHeight, s.lPitch, false, eColorimetry,
+                          s.eSurfaceFormat == keQxSurfaceFormatARGBGraphic ? keQxcColorRangeGraphic
+                                                                          : keQxcColorRangeYuv);
+        else
+            in_pSurface->Initialize(in_pHost->GetBuffer(), s.ulWidth, s.ulHeight, s.lPitch, false, eColorimetry);
     }
 
     std::unique_ptr<CQxcSurface> m_pSource, m_pDestination, m_pMiddle;

@@ -642,13 +642,14 @@ EQxcSurfaceType CQxcBufferCopyService::SurfaceTypeOf(EQxcSurfaceType in_eType) c
 namespace {
 
 // Bytes that a conversion of in_uiChunks 16-pixel blocks reads or writes on
-// a line of a block surface of the type, from its first block on; 0 for the
-// surfaces that never pass their line's end (v210 and the buffer surfaces,
-// which work in pixels).
-uint32_t BlockBytes(EQxcSurfaceType in_eType, uint32_t in_uiChunks)
+// a line of a surface of the type, from its first block on; 0 for the
+// surfaces that never pass their line's end: v210, and buffer surfaces
+// written by a buffer kernel, which works in pixels. (A 10-bit RGB source is
+// read by the 16-bit hub's block kernel, in whole blocks.)
+uint32_t BlockBytes(EQxcSurfaceType in_eType, uint32_t in_uiChunks, bool in_bDestination)
 {
     if (in_eType == keQxcSurfaceTypeV210_10bits) return 0;
-    if (in_eType == keQxcSurfaceTypeABGR_16bits_Unshaped) return in_uiChunks * 16 * 8;
+    if (in_bDestination && NQxcCopyRoutes::IsRgb(in_eType)) return 0;
     const uint32_t uiPixels = CQxcBufferEngineCommon::ms_auiMinPixelsPerBlock[in_eType];
     if (uiPixels == 0) return 0;
     return in_uiChunks * (16 / uiPixels) * CQxcBufferEngineCommon::ms_auiBytesPerBlocksMinPixels[in_eType];
@@ -674,8 +675,8 @@ void CQxcBufferCopyService::PreparePlanes()
     const EQxcSurfaceType eSource = SurfaceTypeOf(p.eSourceType);
     const EQxcSurfaceType eDestination = SurfaceTypeOf(p.eDestinationType);
     const bool bBlocks = m_iRoute != NQxcCopyRoutes::keRouteBuffer;
-    m_uiReadBytes = bBlocks ? BlockBytes(eSource, p.uiChunks) : 0;
-    m_uiWriteBytes = bBlocks ? BlockBytes(eDestination, p.uiChunks) : 0;
+    m_uiReadBytes = bBlocks ? BlockBytes(eSource, p.uiChunks, false) : 0;
+    m_uiWriteBytes = bBlocks ? BlockBytes(eDestination, p.uiChunks, true) : 0;
     const uint64_t uSourceOffset = NQxcCopyRoutes::ByteOffsetOfPixel(p.eSourceType, p.uiSourceLeft);
     const uint64_t uDestinationOffset = NQxcCopyRoutes::ByteOffsetOfPixel(p.eDestinationType, p.uiDestinationLeft);
     const unsigned int uiFields = p.bFieldWeave ? 2 : 1;
@@ -876,8 +877,16 @@ bool CQxcBufferCopyService::Convert(CQxcHostSurfaceCopyManager* in_pManager, CQx
     default:
         return false;
     }
-    return pIntermediate->SetPosition(0, 0) && pIntermediate->CopyBlocksFrom(in_pSource, p.uiChunks, 1) &&
-           pIntermediate->SetPosition(0, 0) && in_pDestination->CopyBlocksFrom(pIntermediate, p.uiChunks, 1);
+    if (!pIntermediate->SetPosition(0, 0) || !pIntermediate->CopyBlocksFrom(in_pSource, p.uiChunks, 1) ||
+        !pIntermediate->SetPosition(0, 0))
+        return false;
+    // The 10-bit and 16-bit RGB surfaces read the hub with their buffer
+    // kernels, which take it where a buffer surface is expected and use only
+    // what every surface has.
+    if (NQxcCopyRoutes::IsRgb(p.eDestinationType))
+        return static_cast<CQxcBufferSurface*>(in_pDestination)
+            ->CopyFrom(static_cast<const CQxcBufferSurface*>(pIntermediate), p.uiCopyWidth, 1);
+    return in_pDestination->CopyBlocksFrom(pIntermediate, p.uiChunks, 1);
 }
 
 bool CQxcBufferCopyService::ConvertLine(CQxcHostSurfaceCopyManager* in_pManager, unsigned int in_uiField,

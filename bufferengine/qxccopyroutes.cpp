@@ -94,6 +94,8 @@ ERoute RouteOf(EQxcSurfaceType in_eSource, EQxcSurfaceType in_eDestination, bool
     case keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped:
     case keQxcSurfaceTypeYCbCr422_10bits:
     case keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped:
+    case keQxcSurfaceTypeA2R10G10B10_Unshaped:
+    case keQxcSurfaceTypeABGR_16bits_Unshaped:
         return Into4224Unshaped(in_eSource) ? keRouteVia4224Unshaped : keRouteNone;
     default:
         return keRouteNone;
@@ -161,6 +163,25 @@ CQxcSurface* CreateSurfaceOfType(EQxcSurfaceType in_eType, bool in_bCachedStores
     case keQxcSurfaceTypeAYCbCr4444_8bits_Shaped: return oFactory.CreateAYCbCr4444_8bits_ShapedSurface(c);
     case keQxcSurfaceTypeV210_10bits: return oFactory.CreateV210_10bitsSurface(c);
     case keQxcSurfaceType2VUY_8bits: return oFactory.Create2VUY_8bitsSurface(c);
+    case keQxcSurfaceTypeRGBA_8bits_Unshaped: return oFactory.CreateRGBA_8bits_UnshapedBufferSurface(c);
+    case keQxcSurfaceTypeRGBA_8bits_Shaped: return oFactory.CreateRGBA_8bits_ShapedBufferSurface(c);
+    case keQxcSurfaceTypeYCbCr422_8bits_Buffer: return oFactory.CreateYCbCr422_8bits_BufferSurface(c);
+    case keQxcSurfaceTypeYCbCrA4224_8bits_UnshapedBuffer:
+        return oFactory.CreateYCbCrA4224_8bits_UnshapedBufferSurface(c);
+    case keQxcSurfaceTypeYCbCrA4224_8bits_ShapedBuffer: return oFactory.CreateYCbCrA4224_8bits_ShapedBufferSurface(c);
+    case keQxcSurfaceTypeYCbCr422_10bits_Buffer: return oFactory.CreateYCbCr422_10bits_BufferSurface(c);
+    case keQxcSurfaceTypeYCbCrA4224_10bits_UnshapedBuffer:
+        return oFactory.CreateYCbCrA4224_10bits_UnshapedBufferSurface(c);
+    case keQxcSurfaceTypeYCbCrA4224_10bits_ShapedBuffer:
+        return oFactory.CreateYCbCrA4224_10bits_ShapedBufferSurface(c);
+    case keQxcSurfaceTypeRGB24_8bits: return oFactory.CreateRGB24_8bits_BufferSurface(c);
+    case keQxcSurfaceTypeBGRA_8bits_Unshaped: return oFactory.CreateBGRA_8bits_UnshapedBufferSurface(c);
+    case keQxcSurfaceTypeA2R10G10B10_Unshaped: return oFactory.CreateA2R10G10B10_UnshapedBufferSurface(c);
+    case keQxcSurfaceTypeV210_10bits_Buffer: return oFactory.CreateV210_10bits_BufferSurface(c);
+    case keQxcSurfaceTypeABGR_16bits_Unshaped: return oFactory.CreateABGR_16bits_UnshapedBufferSurface(c);
+    case keQxcSurfaceType2VUY_8bits_Buffer: return oFactory.Create2VUY_8bits_BufferSurface(c);
+    case keQxcSurfaceTypeA2B10G10R10_Unshaped: return oFactory.CreateA2B10G10R10_UnshapedBufferSurface(c);
+    case keQxcSurfaceTypeRGB36_12bits: return oFactory.CreateRGB36_12bits_BufferSurface(c);
     default: return nullptr;
     }
 }

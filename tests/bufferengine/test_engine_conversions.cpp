@@ -8,13 +8,14 @@
 #include <gtest/gtest.h>
 
 #include "bufferengine/enginekit.h"
-#include "tests/surfaces/surfacetesthelpers.h"
+#include "tests/surfaces/buffertesthelpers.h"
 
 namespace {
 
 using namespace NQxEngineKit;
 using namespace NQxcKernels;
 using namespace NQxcKernels::NBlockMatrix;
+using namespace NQxcKernels::NBufferMatrix;
 
 struct SReference {
     EQxcSurfaceType eDestination, eSource;
@@ -31,22 +32,52 @@ PFNQxcBlockJob ReferenceOf(EQxcSurfaceType in_eDestination, EQxcSurfaceType in_e
     return nullptr;
 }
 
+// The buffer family's references, plain chroma (mode 0).
+struct SPixelReference {
+    int iDestination, iSource, iMode, iRange;
+    PFNQxcPixelJob pfnRun;
+};
+#define QXT_PIXEL_REFERENCE(Destination, Source, Mode, Range, Kernel) \
+    {Destination, Source, Mode, Range, &TPixelScalarEntry<Kernel>::Run},
+const SPixelReference kasPixelReferences[] = {QXC_BUFFER_MATRIX(QXT_PIXEL_REFERENCE)};
+#undef QXT_PIXEL_REFERENCE
+
+PFNQxcPixelJob PixelReferenceOf(int in_iDestination, int in_iSource)
+{
+    for (const SPixelReference& r : kasPixelReferences)
+        if (r.iDestination == in_iDestination && r.iSource == in_iSource && r.iMode == 0) return r.pfnRun;
+    return nullptr;
+}
+
 struct SFormat {
     EQxSurfaceFormat eFormat;
     uint32_t uiBits;
     bool bShaped;
     EQxcSurfaceType eType;
+    EQxcColorRange eRange;
 };
+const EQxcColorRange Y = keQxcColorRangeYuv, G = keQxcColorRangeGraphic, V = keQxcColorRangeVideo;
 const SFormat kasYuvFormats[] = {
-    {keQxSurfaceFormatYUYV422, 8, false, keQxcSurfaceTypeYCbCr422_8bits},
-    {keQxSurfaceFormatYUAYVA4224, 8, false, keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped},
-    {keQxSurfaceFormatYUAYVA4224, 8, true, keQxcSurfaceTypeYCbCrA4224_8bits_Shaped},
-    {keQxSurfaceFormatYUYV422, 10, false, keQxcSurfaceTypeYCbCr422_10bits},
-    {keQxSurfaceFormatYUAYVA4224, 10, false, keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped},
-    {keQxSurfaceFormatYUAYVA4224, 10, true, keQxcSurfaceTypeYCbCrA4224_10bits_Shaped},
-    {keQxSurfaceFormatAYUV4444, 8, true, keQxcSurfaceTypeAYCbCr4444_8bits_Shaped},
-    {keQxSurfaceFormatV210, 10, false, keQxcSurfaceTypeV210_10bits},
-    {keQxSurfaceFormat2VUY, 8, false, keQxcSurfaceType2VUY_8bits},
+    {keQxSurfaceFormatYUYV422, 8, false, keQxcSurfaceTypeYCbCr422_8bits, Y},
+    {keQxSurfaceFormatYUAYVA4224, 8, false, keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped, Y},
+    {keQxSurfaceFormatYUAYVA4224, 8, true, keQxcSurfaceTypeYCbCrA4224_8bits_Shaped, Y},
+    {keQxSurfaceFormatYUYV422, 10, false, keQxcSurfaceTypeYCbCr422_10bits, Y},
+    {keQxSurfaceFormatYUAYVA4224, 10, false, keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped, Y},
+    {keQxSurfaceFormatYUAYVA4224, 10, true, keQxcSurfaceTypeYCbCrA4224_10bits_Shaped, Y},
+    {keQxSurfaceFormatAYUV4444, 8, true, keQxcSurfaceTypeAYCbCr4444_8bits_Shaped, Y},
+    {keQxSurfaceFormatV210, 10, false, keQxcSurfaceTypeV210_10bits, Y},
+    {keQxSurfaceFormat2VUY, 8, false, keQxcSurfaceType2VUY_8bits, Y},
+};
+const SFormat kasRgbFormats[] = {
+    {keQxSurfaceFormatARGBGraphic, 8, false, keQxcSurfaceTypeRGBA_8bits_Unshaped, G},
+    {keQxSurfaceFormatARGBVideo, 8, false, keQxcSurfaceTypeRGBA_8bits_Unshaped, V},
+    {keQxSurfaceFormatARGBGraphic, 8, true, keQxcSurfaceTypeRGBA_8bits_Shaped, G},
+    {keQxSurfaceFormatBGRAGraphic, 8, false, keQxcSurfaceTypeBGRA_8bits_Unshaped, G},
+    {keQxSurfaceFormatRGBGraphic, 8, false, keQxcSurfaceTypeRGB24_8bits, G},
+    {keQxSurfaceFormatRGBGraphic, 12, false, keQxcSurfaceTypeRGB36_12bits, G},
+    {keQxSurfaceFormatA2R10G10B10Video, 10, false, keQxcSurfaceTypeA2R10G10B10_Unshaped, V},
+    {keQxSurfaceFormatABGR16, 16, false, keQxcSurfaceTypeABGR_16bits_Unshaped, G},
+    {keQxSurfaceFormatA2B10G10R10Graphic, 10, false, keQxcSurfaceTypeA2B10G10R10_Unshaped, G},
 };
 
 SQxSurfaceDescription DescribeFormat(const SFormat& in_rs, uint32_t in_uiWidth, uint32_t in_uiHeight,
@@ -61,8 +92,13 @@ bool HasKey(EQxcSurfaceType t)
 {
     return t == keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped || t == keQxcSurfaceTypeYCbCrA4224_8bits_Shaped ||
            t == keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped || t == keQxcSurfaceTypeYCbCrA4224_10bits_Shaped ||
-           t == keQxcSurfaceTypeAYCbCr4444_8bits_Shaped;
+           t == keQxcSurfaceTypeAYCbCr4444_8bits_Shaped || t == keQxcSurfaceTypeRGBA_8bits_Unshaped ||
+           t == keQxcSurfaceTypeRGBA_8bits_Shaped || t == keQxcSurfaceTypeBGRA_8bits_Unshaped ||
+           t == keQxcSurfaceTypeA2R10G10B10_Unshaped || t == keQxcSurfaceTypeABGR_16bits_Unshaped ||
+           t == keQxcSurfaceTypeA2B10G10R10_Unshaped;
 }
+
+bool IsRgb(EQxcSurfaceType t) { return NQxTest::IsRgbKind(t); }
 
 // The 16-bit line a pair goes through: 4:2:2 into v210, the shaped 4:2:2:4
 // line into a shaped destination, the unshaped one otherwise; none for the
@@ -79,46 +115,93 @@ EQxcSurfaceType IntermediateOf(EQxcSurfaceType in_eSource, EQxcSurfaceType in_eD
     return keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped;
 }
 
+// The RGB side of a pair takes its own colorimetry, else the YUV side's.
+EQxColorimetry RgbColorimetryOf(const SQxSurfaceDescription& in_rsSource, const SQxSurfaceDescription& in_rsDestination,
+                                const SFormat& in_rsSourceFormat)
+{
+    const bool bSourceRgb = IsRgb(in_rsSourceFormat.eType);
+    const EQxColorimetry eOwn = bSourceRgb ? in_rsSource.eColorimetry : in_rsDestination.eColorimetry;
+    const EQxColorimetry eYuv = bSourceRgb ? in_rsDestination.eColorimetry : in_rsSource.eColorimetry;
+    // The ARGB and alpha formats carry none.
+    const EQxSurfaceFormat eRgbFormat = bSourceRgb ? in_rsSource.eSurfaceFormat : in_rsDestination.eSurfaceFormat;
+    const bool bNone = eRgbFormat == keQxSurfaceFormatARGBGraphic || eRgbFormat == keQxSurfaceFormatARGBVideo;
+    return bNone || eOwn == keQxColorimetryInvalid ? eYuv : eOwn;
+}
+
 // The destination as the references write it: a copy of the destination's
-// memory before the copy, then every line of the rectangle converted.
+// memory before the copy, then every line of the rectangle converted: YUV
+// pairs (and 10/16-bit RGB with YUV) block by block through the 16-bit line,
+// the other RGB pairs pixel by pixel between the buffer surfaces.
 std::vector<uint8_t> ReferenceCopy(CQxcHostSurface* in_pSource, const SQxRect& in_rsSource,
                                    const std::vector<uint8_t>& in_vDestinationBefore,
                                    const SQxSurfaceDescription& in_rsDescription, const SQxRect& in_rsDestination,
-                                   EQxcSurfaceType in_eSourceType, EQxcSurfaceType in_eDestinationType,
-                                   bool in_bWeave)
+                                   const SFormat& in_rsFrom, const SFormat& in_rsTo, bool in_bWeave)
 {
     std::vector<uint8_t> vOut = in_vDestinationBefore;
-    const EQxcSurfaceType eMiddle = IntermediateOf(in_eSourceType, in_eDestinationType);
     const SQxSurfaceDescription& sSource = in_pSource->GetDescription();
-    auto pSource = NQxTest::CreateBlockSurface(in_eSourceType, true);
-    auto pDestination = NQxTest::CreateBlockSurface(in_eDestinationType, true);
+    const bool bRgb10 = in_rsFrom.eType == keQxcSurfaceTypeA2R10G10B10_Unshaped ||
+                        in_rsTo.eType == keQxcSurfaceTypeA2R10G10B10_Unshaped ||
+                        in_rsFrom.eType == keQxcSurfaceTypeABGR_16bits_Unshaped ||
+                        in_rsTo.eType == keQxcSurfaceTypeABGR_16bits_Unshaped;
+    const bool bBlocks = (in_rsFrom.eRange == Y && in_rsTo.eRange == Y) || bRgb10;
+    auto fnKind = [bBlocks](EQxcSurfaceType e) {
+        return bBlocks ? e : CQxcBufferEngineCommon::SetFormatToQxcBufferSurface(e);
+    };
+    const EQxColorimetry eRgbColorimetry = RgbColorimetryOf(sSource, in_rsDescription, in_rsFrom);
+    auto fnColorimetry = [&](const SFormat& f, const SQxSurfaceDescription& d) {
+        return IsRgb(f.eType) ? eRgbColorimetry : d.eColorimetry;
+    };
+    auto pSource = NQxTest::CreateSurface(fnKind(in_rsFrom.eType), true);
+    auto pDestination = NQxTest::CreateSurface(fnKind(in_rsTo.eType), true);
+    if (!pSource) pSource = NQxTest::CreateBlockSurface(in_rsFrom.eType, true);
+    if (!pDestination) pDestination = NQxTest::CreateBlockSurface(in_rsTo.eType, true);
     const unsigned uiWidth = unsigned(in_rsSource.right - in_rsSource.left);
     const unsigned uiChunks = (uiWidth + 15) / 16;
+    const EQxColorimetry eYuvColorimetry = IsRgb(in_rsFrom.eType) ? in_rsDescription.eColorimetry : sSource.eColorimetry;
     alignas(64) static uint8_t s_aucLine[49152];
     std::unique_ptr<CQxcSurface> pMiddle;
+    const EQxcSurfaceType eMiddle = bBlocks ? IntermediateOf(in_rsFrom.eType, in_rsTo.eType) : keQxcSurfaceTypeInvalid;
     if (eMiddle != keQxcSurfaceTypeInvalid) {
         pMiddle = NQxTest::CreateBlockSurface(eMiddle, true);
-        pMiddle->Initialize(s_aucLine, uiWidth, 1, 49152,
-                            eMiddle != keQxcSurfaceTypeYCbCr422_16bits && HasKey(in_eSourceType), sSource.eColorimetry);
+        const bool bKey = eMiddle != keQxcSurfaceTypeYCbCr422_16bits && HasKey(in_rsFrom.eType);
+        if (in_rsFrom.eType == keQxcSurfaceTypeA2R10G10B10_Unshaped ||
+            in_rsTo.eType == keQxcSurfaceTypeA2R10G10B10_Unshaped)
+            static_cast<CQxcYCbCrA4224_16bits_UnshapedSurface*>(pMiddle.get())
+                ->InitializeRGB10(s_aucLine, uiWidth, 1, 49152, bKey, eYuvColorimetry,
+                                  IsRgb(in_rsFrom.eType) ? in_rsFrom.eRange : in_rsTo.eRange, eRgbColorimetry);
+        else
+            pMiddle->Initialize(s_aucLine, uiWidth, 1, 49152, bKey, eYuvColorimetry);
     }
     const unsigned uiLines = unsigned(in_rsSource.bottom - in_rsSource.top);
     for (unsigned i = 0; i < uiLines; ++i) {
         // In a weave, frame line i comes from line i / 2 of field i % 2.
         const unsigned uiSourceLine = in_bWeave ? (i % 2) * (sSource.ulHeight / 2) + in_rsSource.top / 2 + i / 2
                                                 : in_rsSource.top + i;
-        pSource->Initialize(in_pSource->GetBuffer(), sSource.ulWidth, sSource.ulHeight, sSource.lPitch,
-                            HasKey(in_eSourceType), sSource.eColorimetry);
-        pDestination->Initialize(vOut.data(), in_rsDescription.ulWidth, in_rsDescription.ulHeight,
-                                 in_rsDescription.lPitch, HasKey(in_eDestinationType), in_rsDescription.eColorimetry);
+        NQxTest::Bind(*pSource, in_pSource->GetBuffer(), sSource.ulWidth, sSource.ulHeight, sSource.lPitch,
+                      HasKey(in_rsFrom.eType), fnColorimetry(in_rsFrom, sSource), in_rsFrom.eRange);
+        NQxTest::Bind(*pDestination, vOut.data(), in_rsDescription.ulWidth, in_rsDescription.ulHeight,
+                      in_rsDescription.lPitch, HasKey(in_rsTo.eType), fnColorimetry(in_rsTo, in_rsDescription),
+                      in_rsTo.eRange);
         EXPECT_TRUE(pSource->SetPosition(unsigned(in_rsSource.left) & ~15u, uiSourceLine));
         EXPECT_TRUE(pDestination->SetPosition(unsigned(in_rsDestination.left) & ~15u, in_rsDestination.top + i));
+        const CQxcBufferSurface* pRgbSide = static_cast<const CQxcBufferSurface*>(
+            IsRgb(in_rsTo.eType) ? pDestination.get() : pSource.get());
+        if (!bBlocks) {
+            EXPECT_TRUE(PixelReferenceOf(fnKind(in_rsTo.eType), fnKind(in_rsFrom.eType))(
+                NQxTest::MakePixelJob(*pDestination, pSource.get(), uiWidth, 1, pRgbSide)));
+            continue;
+        }
         if (!pMiddle) {
-            ReferenceOf(in_eDestinationType, in_eSourceType)(NQxTest::MakeJob(*pDestination, *pSource, uiChunks, 1));
+            ReferenceOf(in_rsTo.eType, in_rsFrom.eType)(NQxTest::MakeJob(*pDestination, *pSource, uiChunks, 1));
             continue;
         }
         pMiddle->SetPosition(0, 0);
-        ReferenceOf(eMiddle, in_eSourceType)(NQxTest::MakeJob(*pMiddle, *pSource, uiChunks, 1));
-        ReferenceOf(in_eDestinationType, eMiddle)(NQxTest::MakeJob(*pDestination, *pMiddle, uiChunks, 1));
+        ReferenceOf(eMiddle, in_rsFrom.eType)(NQxTest::MakeJob(*pMiddle, *pSource, uiChunks, 1));
+        if (IsRgb(in_rsTo.eType))
+            EXPECT_TRUE(PixelReferenceOf(in_rsTo.eType, eMiddle)(
+                NQxTest::MakePixelJob(*pDestination, pMiddle.get(), uiWidth, 1, pRgbSide)));
+        else
+            ReferenceOf(in_rsTo.eType, eMiddle)(NQxTest::MakeJob(*pDestination, *pMiddle, uiChunks, 1));
     }
     return vOut;
 }
@@ -153,8 +236,8 @@ protected:
                 : ms_pSync->SyncCopySurface(pSource.get(), &s, pDestination.get(), &s, keQxFilterModeNearest);
         ASSERT_EQ(hr, S_OK);
         const std::vector<uint8_t> vExpected =
-            ReferenceCopy(pSource.get(), s, vBefore, pDestination->GetDescription(), s, in_rsSource.eType,
-                          in_rsDestination.eType, false);
+            ReferenceCopy(pSource.get(), s, vBefore, pDestination->GetDescription(), s, in_rsSource,
+                          in_rsDestination, false);
         ASSERT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pDestination->GetBuffer()));
     }
 
@@ -186,6 +269,31 @@ TEST_F(Conversions, EveryAllowedYuvPairMatchesTheReferencesOnSmallAndFullHdFrame
     EXPECT_EQ(iPairs, 34);
 }
 
+TEST_F(Conversions, EveryAllowedPairWithRgbMatchesTheReferences)
+{
+    std::mt19937 oRandom = SeededRandom("Conversions.RgbPairs");
+    std::vector<SFormat> vAll(std::begin(kasYuvFormats), std::end(kasYuvFormats));
+    vAll.insert(vAll.end(), std::begin(kasRgbFormats), std::end(kasRgbFormats));
+    int iPairs = 0;
+    for (const SFormat& sSource : vAll)
+        for (const SFormat& sDestination : vAll) {
+            if (sSource.eType == sDestination.eType || (!IsRgb(sSource.eType) && !IsRgb(sDestination.eType)) ||
+                !CQxcBufferCopyService::IsSupportedCopy(sSource.eType, sDestination.eType))
+                continue;
+            ++iPairs;
+            for (int e = 0; e < 2; ++e) {
+                SCOPED_TRACE(testing::Message() << "format " << sSource.eFormat << "/" << sSource.uiBits << " to "
+                                                << sDestination.eFormat << "/" << sDestination.uiBits << ", "
+                                                << (e ? "sync" : "async"));
+                // RGB into 10-bit YUYV or v210 needs whole 16-pixel groups.
+                Check(e, sSource, sDestination, 48, 5, oRandom);
+                Check(e, sSource, sDestination, 112, 19, oRandom);
+                if (e == iPairs % 2) Check(e, sSource, sDestination, 1920, 1080, oRandom);
+            }
+        }
+    EXPECT_GT(iPairs, 30);
+}
+
 TEST_F(Conversions, RectanglesWeaveAndLinesWhoseBlocksWouldPassTheBuffer)
 {
     std::mt19937 oRandom = SeededRandom("Conversions.Rectangles");
@@ -203,7 +311,7 @@ TEST_F(Conversions, RectanglesWeaveAndLinesWhoseBlocksWouldPassTheBuffer)
                                          keQxFilterModeNearest),
                   S_OK);
         const auto vExpected = ReferenceCopy(pSource.get(), sSource, vBefore, pDestination->GetDescription(),
-                                             sDestination, sYuyv.eType, sV210.eType, false);
+                                             sDestination, sYuyv, sV210, false);
         EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pDestination->GetBuffer()));
     }
     {
@@ -216,7 +324,7 @@ TEST_F(Conversions, RectanglesWeaveAndLinesWhoseBlocksWouldPassTheBuffer)
         SQxRect s = Whole(pStored.get());
         ASSERT_EQ(ms_pSync->SyncCopySurface(pStored.get(), &s, pFrame.get(), &s, keQxFilterModeNearest), S_OK);
         const auto vExpected =
-            ReferenceCopy(pStored.get(), s, vBefore, pFrame->GetDescription(), s, sYuyv.eType, sV210.eType, true);
+            ReferenceCopy(pStored.get(), s, vBefore, pFrame->GetDescription(), s, sYuyv, sV210, true);
         EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pFrame->GetBuffer()));
     }
     {
@@ -238,7 +346,7 @@ TEST_F(Conversions, RectanglesWeaveAndLinesWhoseBlocksWouldPassTheBuffer)
         std::vector<uint8_t> vRoomy(96 * 17);
         for (int y = 0; y < 17; ++y) std::memcpy(&vRoomy[96 * y], &vBefore[80 * y], 80);
         const auto vExpected =
-            ReferenceCopy(oSource.Get(), s, vRoomy, sRoomy, s, s4224.eType, sYuyv.eType, false);
+            ReferenceCopy(oSource.Get(), s, vRoomy, sRoomy, s, s4224, sYuyv, false);
         for (int y = 0; y < 17; ++y)
             EXPECT_EQ(0, std::memcmp(&vExpected[96 * y], oDestination.Memory().Data() + 80 * y, 80)) << "line " << y;
         EXPECT_TRUE(oDestination.Memory().GuardsIntact());

@@ -296,6 +296,15 @@ TEST_F(Engines, ClearsFillEveryLineWithTheHostColour)
             {keQxSurfaceFormatYUYV422, 10, keQxColorGreen, {}},
             {keQxSurfaceFormatAYUV4444, 8, keQxColorBlue, {}},
             {keQxSurfaceFormatAlphaLuminance, 8, keQxColorWhite, {127, 235, 127, 235}},
+            // RGB: the colour table's graphics or video levels, bytes B G R A.
+            {keQxSurfaceFormatARGBGraphic, 8, keQxColorRed, {0, 0, 255, 127, 0, 0, 255, 127}},
+            {keQxSurfaceFormatARGBVideo, 8, keQxColorRed, {16, 16, 235, 127}},
+            {keQxSurfaceFormatBGRAGraphic, 8, keQxColorRed, {127, 255, 0, 0}},
+            {keQxSurfaceFormatRGBGraphic, 8, keQxColorBlue, {255, 0, 0, 255, 0, 0}},
+            {keQxSurfaceFormatRGBGraphic, 12, keQxColorWhite, {}},
+            {keQxSurfaceFormatA2R10G10B10Video, 10, keQxColorGreen, {}},
+            {keQxSurfaceFormatA2B10G10R10Graphic, 10, keQxColorGreen, {}},
+            {keQxSurfaceFormatABGR16, 16, keQxColorWhite, {}},
         };
         for (const SCase& c : asCases) {
             SCOPED_TRACE(testing::Message() << (e ? "sync" : "async") << " format " << c.eFormat << " bits "
