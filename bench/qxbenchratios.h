@@ -19,11 +19,20 @@ public:
         m_vecComparisons.push_back({in_strSubject, in_strReference, in_strNote});
     }
 
+    // With repetitions, the median of a benchmark's runs stands for it.
     void ReportRuns(const std::vector<Run>& in_vecRuns) override
     {
-        for (const Run& oRun : in_vecRuns)
-            if (!oRun.error_occurred && oRun.run_type == Run::RT_Iteration)
-                m_mapTimes[oRun.run_name.str()] = oRun.GetAdjustedRealTime();
+        for (const Run& oRun : in_vecRuns) {
+            if (oRun.error_occurred)
+                continue;
+            const std::string strName = oRun.run_name.str();
+            if (oRun.run_type == Run::RT_Aggregate && oRun.aggregate_name == "median") {
+                m_mapTimes[strName] = oRun.GetAdjustedRealTime();
+                m_mapMedian[strName] = true;
+            } else if (oRun.run_type == Run::RT_Iteration && m_mapMedian.count(strName) == 0) {
+                m_mapTimes[strName] = oRun.GetAdjustedRealTime();
+            }
+        }
         ConsoleReporter::ReportRuns(in_vecRuns);
     }
 
@@ -46,6 +55,7 @@ private:
         std::string strSubject, strReference, strNote;
     };
     std::map<std::string, double> m_mapTimes;
+    std::map<std::string, bool> m_mapMedian;
     std::vector<SComparison> m_vecComparisons;
 };
 

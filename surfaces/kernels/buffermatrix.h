@@ -64,11 +64,14 @@ template <class TReader, class TWriter, int kiFrom, int kiTo>
 using TDepth = TPixelKernel<TReader, TXRgbMap<KDepth<kiFrom, kiTo>>, TWriter>;
 
 // ------------------------------------------------------- YUV destinations
-typedef TFromRgb<RRgba8, WYuyv8, 8> KYuyv8FromRgba8;
+// The 8-bit packed paths between RGBA and YUYV or 2VUY work on the bytes.
+typedef TPixelKernel<TLayoutReader<TRaw<LRgba8>>, TXRgb8ToPacked422<false, false>, TLayoutWriter<TRaw<LYuyv8>>>
+    KYuyv8FromRgba8;
 typedef TFromRgbFiltered<RRgba8, WYuyv8, 8> KYuyv8FromRgba8Filter;
 typedef TFromRgb<RRgb24, WYuyv8, 8> KYuyv8FromRgb24;
 typedef TFromRgbFiltered<RRgb24, WYuyv8, 8> KYuyv8FromRgb24Filter;
-typedef TFromRgb<RRgba8, W2vuy8, 8> K2vuy8FromRgba8;
+typedef TPixelKernel<TLayoutReader<TRaw<LRgba8>>, TXRgb8ToPacked422<false, true>, TLayoutWriter<TRaw<L2vuy8>>>
+    K2vuy8FromRgba8;
 typedef TFromRgbFiltered<RRgba8, W2vuy8, 8> K2vuy8FromRgba8Filter;
 typedef TFromRgb<RRgb24, W2vuy8, 8> K2vuy8FromRgb24;
 typedef TFromRgbFiltered<RRgb24, W2vuy8, 8> K2vuy8FromRgb24Filter;
@@ -96,9 +99,11 @@ typedef TPixelKernel<RRgba8, TXRgbToYcc<10, true>, W4224_10> K4224_10SFromRgba8S
 typedef TPixelKernel<RRgba8, TXRgbToYcc<10, false>, W4444_16> K4444_16FromRgba8;
 
 // ------------------------------------------------------- RGB destinations
-typedef TToRgb8<RYuyv8, WRgba8> KRgba8FromYuyv8;
+typedef TPixelKernel<TLayoutReader<TRaw<LYuyv8>>, TXPacked422ToRgb8<false>, TLayoutWriter<LRgba8Planes>>
+    KRgba8FromYuyv8;
 typedef TToRgb8Interp<RYuyv8, WRgba8> KRgba8FromYuyv8Interp;
-typedef TToRgb8<R2vuy8, WRgba8> KRgba8From2vuy8;
+typedef TPixelKernel<TLayoutReader<TRaw<L2vuy8>>, TXPacked422ToRgb8<true>, TLayoutWriter<LRgba8Planes>>
+    KRgba8From2vuy8;
 typedef TToRgb8Interp<R2vuy8, WRgba8> KRgba8From2vuy8Interp;
 typedef TToRgb8<R4224_8, WRgba8> KRgba8From4224_8;
 typedef TToRgb8Interp<R4224_8, WRgba8> KRgba8From4224_8Interp;

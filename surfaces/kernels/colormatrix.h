@@ -66,16 +66,21 @@ inline __m128i VPackU16(__m128i in_i128Low, __m128i in_i128High)
 }
 
 // ========================================== YCbCr -> 8-bit RGB, 16-bit lanes
-// With Y, Cb, Cr on the 10-bit scale and the set's Q14 inverse weights:
-//   L = (((Y << 5) - black) * gain) >> 16,  a = (Cr - 512) << 5, b = (Cb - 512) << 5
-//   R = (L + 16 + (a rcr >> 16)) >> 5
-//   G = (L + 16 - (b gcb >> 16) - (a gcr >> 16)) >> 5
-//   B = (L + 16 + (2b bcb/2 >> 16)) >> 5
-// clamped to 0..255: 8-bit values with 5 fraction bits, rounded at the last
-// shift. Every intermediate fits 16 bits. black is the set's black level
-// (64 at graphics levels, 0 at video levels, where the set's unit gain keeps
-// Y as it is) times 32; for shaped pixels it is that level times the key,
-// from the set's per-key offset (4112 = 16/255 in Q16). The key becomes K >> 2.
+// With Y, Cb, Cr on the 10-bit scale and the set's Q14 inverse weights, in
+// 16-bit lanes (8-bit results with 6 fraction bits):
+//   L  = ((Y << 6) gain >>> 16) - black + 32       (unsigned high product)
+//   cb = (Cb - 512) << 6,  cr = (Cr - 512) << 6     (signed)
+//   R  = (L +s (cr rcr >> 16)) >> 6
+//   G  = (L -s ((cb gcb >> 16) + (cr gcr >> 16))) >> 6
+//   B  = ((L +s (cb bcb/2 >> 16)) +s (cb bcb/2 >> 16)) >> 6
+// (+s, -s: 16-bit saturating), clamped to 0..255: rounded at the last shift.
+// black is ((black level << 6) gain >>> 16), the set's black level being 64
+// at graphics levels and 0 at video levels (where the set's unit gain keeps Y
+// as it is); for a shaped pixel the level is the key's share of it, from the
+// set's per-key offset (4112 = 16/255 in Q16): ((A << 8) 4112 >>> 16) for an
+// 8-bit key A = K >> 2. The key becomes K >> 2.
+inline int32_t Sat16(int32_t in_i) { return Clamp(in_i, -32768, 32767); }
+
 template <bool kbShaped>
 struct TXYccToRgb8 {
     static bool Accepts(const SQxcBlockJob& in_rsJob) { return in_rsJob.psCoeff != nullptr; }
@@ -83,32 +88,44 @@ struct TXYccToRgb8 {
     explicit TXYccToRgb8(const SQxcBlockJob& in_rsJob)
     {
         const SQxcRgbCoeff& rs = *in_rsJob.psCoeff;
-        iGain = rs.sYGain.ai16Lane[0];
+        uiGain = static_cast<uint16_t>(rs.sYGain.ai16Lane[0]);
         iRCr = rs.sRFromCr.ai16Lane[0];
         iGCr = rs.sGFromCr.ai16Lane[0];
         iGCb = rs.sGFromCb.ai16Lane[0];
         iBCbHalf = rs.sBFromCbHalf.ai16Lane[0];
-        iBlack = rs.sForwardOffset2.ai16Lane[0] << 5;
-        iKeyBlack = static_cast<uint16_t>(rs.sInverseOffset.ai16Lane[0]);
-        i128Gain = Splat16(iGain);
+        iLumaBias = 32 - static_cast<int32_t>(MulHighU(static_cast<uint32_t>(rs.sForwardOffset2.ai16Lane[0]) << 6, uiGain));
+        uiKeyBlack = static_cast<uint16_t>(rs.sInverseOffset.ai16Lane[0]);
+        i128Gain = Splat16(uiGain);
         i128RCr = Splat16(iRCr);
         i128GCr = Splat16(iGCr);
         i128GCb = Splat16(iGCb);
         i128BCbHalf = Splat16(iBCbHalf);
-        i128Black = Splat16(iBlack);
-        i128KeyBlack = Splat16(iKeyBlack);
+        i128LumaBias = Splat16(kbShaped ? 32 : iLumaBias);
+        i128KeyBlack = Splat16(uiKeyBlack);
+    }
+
+    // The scalar form, one pixel.
+    void Pixel(uint16_t in_usY, uint16_t in_usCb, uint16_t in_usCr, uint16_t in_usK, uint16_t& out_rusR,
+               uint16_t& out_rusG, uint16_t& out_rusB) const
+    {
+        int32_t iL = static_cast<int32_t>(MulHighU(static_cast<uint32_t>(in_usY) << 6, uiGain));
+        if (kbShaped)
+            iL = iL + 32 - static_cast<int32_t>(MulHighU(MulHighU(static_cast<uint32_t>(in_usK >> 2) << 8, uiKeyBlack), uiGain));
+        else
+            iL = iL + iLumaBias;
+        const int32_t iCb = (in_usCb - 512) * 64;
+        const int32_t iCr = (in_usCr - 512) * 64;
+        const int32_t iB = MulHigh(iCb, iBCbHalf);
+        out_rusR = Clamp8(Sat16(iL + MulHigh(iCr, iRCr)));
+        out_rusG = Clamp8(Sat16(iL - (MulHigh(iCb, iGCb) + MulHigh(iCr, iGCr))));
+        out_rusB = Clamp8(Sat16(Sat16(iL + iB) + iB));
     }
 
     void Apply(const SScalar444& in_rs, SScalarRgb& out_rs) const
     {
         for (int p = 0; p < 16; ++p) {
-            const int32_t iBlackHere = kbShaped ? MulHigh((in_rs.aus16K[p] >> 2) << 7, iKeyBlack) : iBlack;
-            const int32_t iL = MulHigh((in_rs.aus16Y[p] << 5) - iBlackHere, iGain) + 16;
-            const int32_t iA = (in_rs.aus16Cr[p] - 512) * 32;
-            const int32_t iB = (in_rs.aus16Cb[p] - 512) * 32;
-            out_rs.aus16R[p] = Clamp8(iL + MulHigh(iA, iRCr));
-            out_rs.aus16G[p] = Clamp8(iL - MulHigh(iB, iGCb) - MulHigh(iA, iGCr));
-            out_rs.aus16B[p] = Clamp8(iL + MulHigh(2 * iB, iBCbHalf));
+            Pixel(in_rs.aus16Y[p], in_rs.aus16Cb[p], in_rs.aus16Cr[p], in_rs.aus16K[p], out_rs.aus16R[p],
+                  out_rs.aus16G[p], out_rs.aus16B[p]);
             out_rs.aus16A[p] = static_cast<uint16_t>(in_rs.aus16K[p] >> 2);
         }
     }
@@ -116,25 +133,25 @@ struct TXYccToRgb8 {
     void Apply(const SVector444& in_rs, SVectorRgb& out_rs) const
     {
         const __m128i i128Mid = Splat16(512);
-        const __m128i i128Round = Splat16(16);
+        const __m128i i128Zero = _mm_setzero_si128();
+        const __m128i i128Max = Splat16(255);
         for (int h = 0; h < 2; ++h) {
-            const __m128i i128BlackHere =
-                kbShaped ? _mm_mulhi_epi16(_mm_slli_epi16(_mm_srli_epi16(in_rs.ai128K[h], 2), 7), i128KeyBlack)
-                         : i128Black;
-            const __m128i i128L = _mm_add_epi16(
-                _mm_mulhi_epi16(_mm_sub_epi16(_mm_slli_epi16(in_rs.ai128Y[h], 5), i128BlackHere), i128Gain), i128Round);
-            const __m128i i128A = _mm_slli_epi16(_mm_sub_epi16(in_rs.ai128Cr[h], i128Mid), 5);
-            const __m128i i128B = _mm_slli_epi16(_mm_sub_epi16(in_rs.ai128Cb[h], i128Mid), 5);
-            const __m128i i128R = VClamp8(_mm_add_epi16(i128L, _mm_mulhi_epi16(i128A, i128RCr)));
-            const __m128i i128G = VClamp8(_mm_sub_epi16(_mm_sub_epi16(i128L, _mm_mulhi_epi16(i128B, i128GCb)),
-                                                        _mm_mulhi_epi16(i128A, i128GCr)));
-            const __m128i i128Bl =
-                VClamp8(_mm_add_epi16(i128L, _mm_mulhi_epi16(_mm_slli_epi16(i128B, 1), i128BCbHalf)));
+            const __m128i i128L = Luma(in_rs.ai128Y[h], in_rs.ai128K[h]);
+            const __m128i i128Cb = _mm_slli_epi16(_mm_sub_epi16(in_rs.ai128Cb[h], i128Mid), 6);
+            const __m128i i128Cr = _mm_slli_epi16(_mm_sub_epi16(in_rs.ai128Cr[h], i128Mid), 6);
+            const __m128i i128B = _mm_mulhi_epi16(i128Cb, i128BCbHalf);
+            const __m128i ai128[3] = {
+                _mm_adds_epi16(i128L, _mm_mulhi_epi16(i128Cr, i128RCr)),
+                _mm_subs_epi16(i128L, _mm_add_epi16(_mm_mulhi_epi16(i128Cb, i128GCb), _mm_mulhi_epi16(i128Cr, i128GCr))),
+                _mm_adds_epi16(_mm_adds_epi16(i128L, i128B), i128B)};
+            __m128i ai128Out[3];
+            for (int c = 0; c < 3; ++c)
+                ai128Out[c] = _mm_min_epi16(_mm_max_epi16(_mm_srai_epi16(ai128[c], 6), i128Zero), i128Max);
             const __m128i i128Key = _mm_srli_epi16(in_rs.ai128K[h], 2);
-            out_rs.ai128BR[2 * h] = _mm_unpacklo_epi16(i128Bl, i128R);
-            out_rs.ai128BR[2 * h + 1] = _mm_unpackhi_epi16(i128Bl, i128R);
-            out_rs.ai128GA[2 * h] = _mm_unpacklo_epi16(i128G, i128Key);
-            out_rs.ai128GA[2 * h + 1] = _mm_unpackhi_epi16(i128G, i128Key);
+            out_rs.ai128BR[2 * h] = _mm_unpacklo_epi16(ai128Out[2], ai128Out[0]);
+            out_rs.ai128BR[2 * h + 1] = _mm_unpackhi_epi16(ai128Out[2], ai128Out[0]);
+            out_rs.ai128GA[2 * h] = _mm_unpacklo_epi16(ai128Out[1], i128Key);
+            out_rs.ai128GA[2 * h + 1] = _mm_unpackhi_epi16(ai128Out[1], i128Key);
         }
     }
 
@@ -147,19 +164,85 @@ struct TXYccToRgb8 {
         Apply(s444, out_rs);
     }
 
-private:
-    static uint16_t Clamp8(int32_t in_i) { return static_cast<uint16_t>(Clamp(FloorShift(in_i, 5), 0, 255)); }
-    static __m128i VClamp8(__m128i in_i128)
+    // L of eight pixels (with the rounding half), from Y and the key.
+    __m128i Luma(__m128i in_i128Y, __m128i in_i128K) const
     {
-        return _mm_min_epi16(_mm_max_epi16(_mm_srai_epi16(in_i128, 5), _mm_setzero_si128()), Splat16(255));
+        __m128i i128L = _mm_add_epi16(_mm_mulhi_epu16(_mm_slli_epi16(in_i128Y, 6), i128Gain), i128LumaBias);
+        if (kbShaped) {
+            const __m128i i128Black = _mm_mulhi_epu16(_mm_slli_epi16(_mm_srli_epi16(in_i128K, 2), 8), i128KeyBlack);
+            i128L = _mm_sub_epi16(i128L, _mm_mulhi_epu16(i128Black, i128Gain));
+        }
+        return i128L;
     }
 
-    int32_t iGain, iRCr, iGCr, iGCb, iBCbHalf, iBlack, iKeyBlack;
-    __m128i i128Gain, i128RCr, i128GCr, i128GCb, i128BCbHalf, i128Black, i128KeyBlack;
+    static uint16_t Clamp8(int32_t in_i) { return static_cast<uint16_t>(Clamp(FloorShift(in_i, 6), 0, 255)); }
+
+    uint16_t uiGain, uiKeyBlack;
+    int32_t iRCr, iGCr, iGCb, iBCbHalf, iLumaBias;
+    __m128i i128Gain, i128RCr, i128GCr, i128GCb, i128BCbHalf, i128LumaBias, i128KeyBlack;
 };
 
 typedef TXYccToRgb8<false> XYccToRgb8;
 typedef TXYccToRgb8<true> XYccToRgb8Shaped;
+
+// ------------------------------------------ the packed 8-bit 4:2:2 path
+// 8-bit YUYV (or 2VUY) bytes to 8-bit RGB planes with the arithmetic above,
+// straight from the packed words: every 16-bit lane holds a pixel's Y and one
+// chroma sample of its pair (Cb on the even pixel, Cr on the odd one), so
+// (Y << 8) is the luma operand and (C << 8) ^ 0x8000 the chroma operand
+// ((C - 128) << 8 = (C10 - 512) << 6); one signed high product per lane
+// gives B/2 terms in the even lanes and R terms in the odd ones, another
+// the two G terms, and lane shuffles spread each pair's terms over both of
+// its pixels. The scalar form is the general step on the unpacked block, so
+// both give the same bytes.
+template <bool kbSwapped>
+struct TXPacked422ToRgb8 {
+    typedef TLayout422_8<kbSwapped> TSource;
+
+    static bool Accepts(const SQxcBlockJob& in_rsJob) { return in_rsJob.psCoeff != nullptr; }
+    explicit TXPacked422ToRgb8(const SQxcBlockJob& in_rsJob)
+        : oMatrix(in_rsJob),
+          i128BR(SplatPair16(oMatrix.iBCbHalf, oMatrix.iRCr)),
+          i128G(SplatPair16(oMatrix.iGCb, oMatrix.iGCr))
+    {
+    }
+
+    void Apply(const SScalarRaw<TSource>& in_rs, SScalarRgb& out_rs) const
+    {
+        SScalar422 s;
+        TSource::Load(in_rs.auc, s);
+        oMatrix.Apply(s, out_rs);
+    }
+
+    void Apply(const SVectorRaw<TSource>& in_rs, SVectorRgb8& out_rs) const
+    {
+        const __m128i i128High = Splat16(static_cast<short>(0xff00));
+        __m128i ai128[3][2];
+        for (int h = 0; h < 2; ++h) {
+            const __m128i i128 = in_rs.ai128[h];
+            const __m128i i128Y = kbSwapped ? _mm_and_si128(i128, i128High) : _mm_slli_epi16(i128, 8);
+            const __m128i i128C =
+                _mm_xor_si128(kbSwapped ? _mm_slli_epi16(i128, 8) : _mm_and_si128(i128, i128High), Splat16(-32768));
+            const __m128i i128L = _mm_add_epi16(_mm_mulhi_epu16(i128Y, oMatrix.i128Gain), oMatrix.i128LumaBias);
+            const __m128i i128BR = _mm_mulhi_epi16(i128C, this->i128BR);
+            const __m128i i128G = _mm_mulhi_epi16(i128C, this->i128G);
+            const __m128i i128R = _mm_shufflehi_epi16(_mm_shufflelo_epi16(i128BR, _MM_SHUFFLE(3, 3, 1, 1)),
+                                                      _MM_SHUFFLE(3, 3, 1, 1));
+            const __m128i i128B = _mm_shufflehi_epi16(_mm_shufflelo_epi16(i128BR, _MM_SHUFFLE(2, 2, 0, 0)),
+                                                      _MM_SHUFFLE(2, 2, 0, 0));
+            ai128[0][h] = _mm_srai_epi16(_mm_adds_epi16(i128L, i128R), 6);
+            ai128[1][h] = _mm_srai_epi16(_mm_subs_epi16(i128L, _mm_add_epi16(i128G, VSwapLanePairs(i128G))), 6);
+            ai128[2][h] = _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(i128L, i128B), i128B), 6);
+        }
+        out_rs.i128R = _mm_packus_epi16(ai128[0][0], ai128[0][1]);
+        out_rs.i128G = _mm_packus_epi16(ai128[1][0], ai128[1][1]);
+        out_rs.i128B = _mm_packus_epi16(ai128[2][0], ai128[2][1]);
+        out_rs.i128A = _mm_set1_epi8(-1);
+    }
+
+    XYccToRgb8 oMatrix;
+    __m128i i128BR, i128G;
+};
 
 // ======================================== YCbCr -> deep RGB, exact 32-bit sums
 // S = gain (Y - black) + (the chroma terms), exact in 32 bits, is the 8-bit
@@ -384,6 +467,68 @@ struct TXRgbToYcc {
     }
 
     TRgbToYccMath<kiDepth, kbShaped> oMath;
+};
+
+// ------------------------------------------ the packed 8-bit 4:2:2 path
+// 8-bit RGBA (or BGRA) bytes to 8-bit YUYV (or 2VUY) bytes with the
+// arithmetic of TXRgbToYcc<8, false>: a pixel's word masked and shifted gives
+// its (B, R) and (G, A) lanes (in the reversed byte order (A, G) and (R, B),
+// met with exchanged weights), two _mm_madd_epi16 its sum; the even pixels
+// are picked as whole words for the chroma. Saturating packs clamp. The
+// scalar form is the general step between the unpacked blocks.
+template <bool kbReversed, bool kbSwapped>
+struct TXRgb8ToPacked422 {
+    typedef TLayoutRgb8x4<kbReversed> TSource;
+    typedef TLayout422_8<kbSwapped> TDestination;
+    typedef TRgbToYccMath<8, false> TMath;
+
+    static bool Accepts(const SQxcBlockJob& in_rsJob) { return in_rsJob.psCoeff != nullptr; }
+    explicit TXRgb8ToPacked422(const SQxcBlockJob& in_rsJob) : oStep(in_rsJob)
+    {
+        for (int r = 0; r < 3; ++r) {
+            const int* pi = oStep.oMath.aaiWeight[r];  // B R G A
+            aai128Weight[r][0] = kbReversed ? SplatPair16(pi[3], pi[2]) : SplatPair16(pi[0], pi[1]);
+            aai128Weight[r][1] = kbReversed ? SplatPair16(pi[1], pi[0]) : SplatPair16(pi[2], pi[3]);
+        }
+    }
+
+    void Apply(const SScalarRaw<TSource>& in_rs, SScalarRaw<TDestination>& out_rs) const
+    {
+        SScalarRgb sRgb;
+        TSource::Load(in_rs.auc, sRgb);
+        SScalar422 s422;
+        oStep.Apply(sRgb, s422);
+        TDestination::template Store<keStoreUnaligned>(out_rs.auc, s422);
+    }
+
+    void Apply(const SVectorRaw<TSource>& in_rs, SVectorRaw<TDestination>& out_rs) const
+    {
+        __m128i ai128Y[4];
+        for (int q = 0; q < 4; ++q)
+            ai128Y[q] = Sum(0, in_rs.ai128[q], oStep.oMath.iBiasY);
+        const __m128i i128Y = _mm_packus_epi16(_mm_packs_epi32(ai128Y[0], ai128Y[1]), _mm_packs_epi32(ai128Y[2], ai128Y[3]));
+        const __m128i ai128Even[2] = {Shuffle2<_MM_SHUFFLE(2, 0, 2, 0)>(in_rs.ai128[0], in_rs.ai128[1]),
+                                      Shuffle2<_MM_SHUFFLE(2, 0, 2, 0)>(in_rs.ai128[2], in_rs.ai128[3])};
+        const __m128i i128Cb = _mm_packs_epi32(Sum(1, ai128Even[0], oStep.oMath.iBiasC), Sum(1, ai128Even[1], oStep.oMath.iBiasC));
+        const __m128i i128Cr = _mm_packs_epi32(Sum(2, ai128Even[0], oStep.oMath.iBiasC), Sum(2, ai128Even[1], oStep.oMath.iBiasC));
+        const __m128i i128C = _mm_packus_epi16(_mm_unpacklo_epi16(i128Cb, i128Cr), _mm_unpackhi_epi16(i128Cb, i128Cr));
+        out_rs.ai128[0] = kbSwapped ? _mm_unpacklo_epi8(i128C, i128Y) : _mm_unpacklo_epi8(i128Y, i128C);
+        out_rs.ai128[1] = kbSwapped ? _mm_unpackhi_epi8(i128C, i128Y) : _mm_unpackhi_epi8(i128Y, i128C);
+    }
+
+private:
+    // One component of four pixels' words, shifted to its 8-bit value.
+    __m128i Sum(int in_iRow, __m128i in_i128Words, int32_t in_iBias) const
+    {
+        const __m128i i128Low = _mm_and_si128(in_i128Words, Splat16(0x00ff));
+        const __m128i i128High = _mm_srli_epi16(in_i128Words, 8);
+        const __m128i i128 = _mm_add_epi32(_mm_madd_epi16(i128Low, aai128Weight[in_iRow][0]),
+                                           _mm_madd_epi16(i128High, aai128Weight[in_iRow][1]));
+        return _mm_srai_epi32(_mm_add_epi32(i128, Splat32(in_iBias)), TMath::kiShift);
+    }
+
+    TXRgbToYcc<8, false> oStep;
+    __m128i aai128Weight[3][2];
 };
 
 // ==================================================== windowed stages

@@ -21,14 +21,22 @@
 
 namespace NQxcKernels {
 
-// The canonical block of a layout: 4:2:2 or 4:4:4 YUV, or RGB.
+// The canonical block of a layout: 4:2:2 or 4:4:4 YUV, RGB, or the one a
+// layout names itself (TCanon: its bytes, or RGB planes).
 template <class TLayout, class TB, class = void>
-struct TCanonOf {
+struct TCanonOfKind {
     typedef typename TBlockOf<TLayout::kb444, TB>::Type Type;
 };
 template <class TLayout, class TB>
-struct TCanonOf<TLayout, TB, std::void_t<decltype(TLayout::kiDepth)>> {
+struct TCanonOfKind<TLayout, TB, std::void_t<decltype(TLayout::kiDepth)>> {
     typedef typename TRgbOf<TB>::Type Type;
+};
+template <class TLayout, class TB, class = void>
+struct TCanonOf : TCanonOfKind<TLayout, TB> {
+};
+template <class TLayout, class TB>
+struct TCanonOf<TLayout, TB, std::void_t<typename TLayout::template TCanon<TB>>> {
+    typedef typename TLayout::template TCanon<TB> Type;
 };
 
 // ------------------------------------------------ merging a partial block
@@ -62,6 +70,26 @@ inline void MergeLanes(SScalarRgb& io_rs, const SScalarRgb& in_rsNew, unsigned i
         io_rs.aus16B[p] = in_rsNew.aus16B[p];
         io_rs.aus16A[p] = in_rsNew.aus16A[p];
     }
+}
+
+// A layout's bytes merge through its canonical block.
+template <class TLayout>
+inline void MergeLanes(SScalarRaw<TLayout>& io_rs, const SScalarRaw<TLayout>& in_rsNew, unsigned in_uiPixels)
+{
+    typename TBlockOf<TLayout::kb444, CScalar>::Type s, sNew;
+    TLayout::Load(io_rs.auc, s);
+    TLayout::Load(in_rsNew.auc, sNew);
+    MergeLanes(s, sNew, in_uiPixels);
+    TLayout::template Store<keStoreUnaligned>(io_rs.auc, s);
+}
+template <class TLayout>
+inline void MergeLanes(SVectorRaw<TLayout>& io_rs, const SVectorRaw<TLayout>& in_rsNew, unsigned in_uiPixels)
+{
+    SScalarRaw<TLayout> s, sNew;
+    TRaw<TLayout>::template Store<keStoreUnaligned>(s.auc, io_rs);
+    TRaw<TLayout>::template Store<keStoreUnaligned>(sNew.auc, in_rsNew);
+    MergeLanes(s, sNew, in_uiPixels);
+    TRaw<TLayout>::Load(s.auc, io_rs);
 }
 
 // The SSE2 forms select with lane masks (pixel index below the count).
@@ -176,15 +204,15 @@ struct TLayoutReader {
         m_puc = m_rsJob.pucSource + static_cast<long>(in_uiLine) * m_rsJob.lSourcePitch + m_uiOffset;
     }
     template <class TB, class TBlockType>
-    void Get(unsigned in_uiBlock, unsigned in_uiPixels, TBlockType& out_rs)
+    void GetFull(unsigned in_uiBlock, TBlockType& out_rs)
     {
-        const uint8_t* puc = m_puc + in_uiBlock * TSrc::kuiBytes;
-        if (in_uiPixels == 16) {
-            TSrc::Load(puc, out_rs);
-            return;
-        }
+        TSrc::Load(m_puc + in_uiBlock * TSrc::kuiBytes, out_rs);
+    }
+    template <class TB, class TBlockType>
+    void GetTail(unsigned in_uiBlock, unsigned in_uiPixels, TBlockType& out_rs)
+    {
         uint8_t auc[TSrc::kuiBytes] = {};
-        std::memcpy(auc, puc, UnitBytesFor<TSrc>(in_uiPixels));
+        std::memcpy(auc, m_puc + in_uiBlock * TSrc::kuiBytes, UnitBytesFor<TSrc>(in_uiPixels));
         TSrc::Load(auc, out_rs);
     }
 
@@ -214,13 +242,20 @@ struct CV210Reader {
         m_puc = m_rsJob.pucSource + static_cast<long>(in_uiLine) * m_rsJob.lSourcePitch;
         m_uiCachedBlock = kuiNone;
     }
+    // A partial block reads as a whole one: pixels past the call are still
+    // inside the line's groups, or read as 0.
+    template <class TB, class TBlockType>
+    void GetTail(unsigned in_uiBlock, unsigned, TBlockType& out_rs)
+    {
+        GetFull<TB>(in_uiBlock, out_rs);
+    }
     template <class TB>
-    void Get(unsigned in_uiBlock, unsigned, SScalar422& out_rs)
+    void GetFull(unsigned in_uiBlock, SScalar422& out_rs)
     {
         V210LoadBlock(m_puc, m_rsJob.uiSourceFirstPixel + 16 * in_uiBlock, m_rsJob.uiSourceLinePixels, out_rs);
     }
     template <class TB>
-    void Get(unsigned in_uiBlock, unsigned, SVector422& out_rs)
+    void GetFull(unsigned in_uiBlock, SVector422& out_rs)
     {
         const unsigned uiPixel = m_rsJob.uiSourceFirstPixel + 16 * in_uiBlock;
         const unsigned uiEnd = m_rsJob.uiSourceFirstPixel + m_rsJob.uiPixels;
@@ -263,14 +298,19 @@ struct TColorReader {
     }
     void BeginLine(unsigned) {}
     template <class TB>
-    void Get(unsigned, unsigned, typename TCanonOf<TForm, CScalar>::Type& out_rs) const
+    void GetFull(unsigned, typename TCanonOf<TForm, CScalar>::Type& out_rs) const
     {
         out_rs = m_sScalar;
     }
     template <class TB>
-    void Get(unsigned, unsigned, typename TCanonOf<TForm, CSse2>::Type& out_rs) const
+    void GetFull(unsigned, typename TCanonOf<TForm, CSse2>::Type& out_rs) const
     {
         out_rs = m_sVector;
+    }
+    template <class TB, class TBlockType>
+    void GetTail(unsigned in_uiBlock, unsigned, TBlockType& out_rs) const
+    {
+        GetFull<TB>(in_uiBlock, out_rs);
     }
 
 private:
@@ -331,13 +371,14 @@ struct TLayoutWriter {
         m_puc = m_rsJob.pucDestination + static_cast<long>(in_uiLine) * m_rsJob.lDestinationPitch + m_uiOffset;
     }
     template <class TB, EStore keStore, class TBlockType>
-    void Put(unsigned in_uiBlock, unsigned in_uiPixels, const TBlockType& in_rs)
+    void PutFull(unsigned in_uiBlock, const TBlockType& in_rs)
+    {
+        TDst::template Store<keStore>(m_puc + in_uiBlock * TDst::kuiBytes, in_rs);
+    }
+    template <class TB, EStore keStore, class TBlockType>
+    void PutTail(unsigned in_uiBlock, unsigned in_uiPixels, const TBlockType& in_rs)
     {
         uint8_t* puc = m_puc + in_uiBlock * TDst::kuiBytes;
-        if (in_uiPixels == 16) {
-            TDst::template Store<keStore>(puc, in_rs);
-            return;
-        }
         const unsigned uiBytes = UnitBytesFor<TDst>(in_uiPixels);
         uint8_t auc[TDst::kuiBytes] = {};
         if constexpr (TUnit<TDst>::kuiPixels > 1) {
@@ -387,11 +428,11 @@ struct CV210Writer {
     }
 
     template <class TB, EStore keStore, class TBlockType>
-    void Put(unsigned in_uiBlock, unsigned in_uiPixels, const TBlockType& in_rs)
+    void PutFull(unsigned in_uiBlock, const TBlockType& in_rs)
     {
         const unsigned uiPixel = m_rsJob.uiDestinationFirstPixel + 16 * in_uiBlock;
         if constexpr (std::is_same<TBlockType, SVector422>::value) {
-            if (m_uiPending > 0 || StartsUnit(uiPixel, in_uiPixels)) {
+            if (m_uiPending > 0 || StartsUnit(uiPixel)) {
                 m_asUnit[m_uiPending++] = in_rs;
                 if (m_uiPending == 3) {
                     V210StoreUnit<keStore>(m_puc + V210GroupOffset(uiPixel - 32), m_asUnit);
@@ -400,11 +441,13 @@ struct CV210Writer {
                 return;
             }
         }
+        StoreV210Block(m_puc, uiPixel, m_rsJob.uiDestinationLinePixels, in_rs);
+    }
+    template <class TB, EStore keStore, class TBlockType>
+    void PutTail(unsigned in_uiBlock, unsigned in_uiPixels, const TBlockType& in_rs)
+    {
+        const unsigned uiPixel = m_rsJob.uiDestinationFirstPixel + 16 * in_uiBlock;
         const unsigned uiAvail = m_rsJob.uiDestinationLinePixels;
-        if (in_uiPixels == 16) {
-            StoreV210Block(m_puc, uiPixel, uiAvail, in_rs);
-            return;
-        }
         TBlockType sMerged;
         LoadV210Block(m_puc, uiPixel, uiAvail, sMerged);
         MergeLanes(sMerged, in_rs, in_uiPixels);
@@ -413,10 +456,10 @@ struct CV210Writer {
     }
 
 private:
-    bool StartsUnit(unsigned in_uiPixel, unsigned in_uiPixels) const
+    bool StartsUnit(unsigned in_uiPixel) const
     {
         const unsigned uiEnd = m_rsJob.uiDestinationFirstPixel + m_rsJob.uiPixels;
-        return in_uiPixels == 16 && in_uiPixel % kuiV210UnitPixels == 0 && in_uiPixel + kuiV210UnitPixels <= uiEnd &&
+        return in_uiPixel % kuiV210UnitPixels == 0 && in_uiPixel + kuiV210UnitPixels <= uiEnd &&
                in_uiPixel + kuiV210UnitPixels <= m_rsJob.uiDestinationLinePixels;
     }
 
@@ -451,19 +494,29 @@ struct TPixelKernel {
         TWriter oWriter(in_rsJob);
         const TXf oXf(in_rsJob);
         const SPixelKeyOverride sKey(in_rsJob.bSourceKeyPresent || !TReader::kbHasKey, TReader::kiKeyDepth);
-        const unsigned uiBlocks = (in_rsJob.uiPixels + 15) / 16;
+        // Whole blocks in a loop that calls nothing, then the partial one.
+        const unsigned uiFull = in_rsJob.uiPixels / 16;
+        const unsigned uiRest = in_rsJob.uiPixels % 16;
         for (unsigned uiLine = 0; uiLine < in_rsJob.uiLines; ++uiLine) {
             oReader.BeginLine(uiLine);
             oWriter.BeginLine(uiLine);
-            for (unsigned b = 0; b < uiBlocks; ++b) {
-                const unsigned uiPixels = BlockPixels(in_rsJob, b);
+            for (unsigned b = 0; b < uiFull; ++b) {
                 TIn sIn;
-                oReader.template Get<TB>(b, uiPixels, sIn);
-                if (TReader::kbHasKey)
+                oReader.template GetFull<TB>(b, sIn);
+                if constexpr (TReader::kbHasKey)
                     sKey.Apply(sIn);
                 TOut sOut;
                 oXf.Apply(sIn, sOut);
-                oWriter.template Put<TB, keStore>(b, uiPixels, sOut);
+                oWriter.template PutFull<TB, keStore>(b, sOut);
+            }
+            if (uiRest != 0) {
+                TIn sIn;
+                oReader.template GetTail<TB>(uiFull, uiRest, sIn);
+                if constexpr (TReader::kbHasKey)
+                    sKey.Apply(sIn);
+                TOut sOut;
+                oXf.Apply(sIn, sOut);
+                oWriter.template PutTail<TB, keStore>(uiFull, uiRest, sOut);
             }
         }
         FinishStores<keStore>();
@@ -496,8 +549,11 @@ struct TWindowKernel {
         auto Make = [&](unsigned in_uiBlock, TMid& out_rs) {
             const unsigned uiPixels = BlockPixels(in_rsJob, in_uiBlock);
             TIn sIn;
-            oReader.template Get<TB>(in_uiBlock, uiPixels, sIn);
-            if (TReader::kbHasKey)
+            if (uiPixels == 16)
+                oReader.template GetFull<TB>(in_uiBlock, sIn);
+            else
+                oReader.template GetTail<TB>(in_uiBlock, uiPixels, sIn);
+            if constexpr (TReader::kbHasKey)
                 sKey.Apply(sIn);
             oStage.First(sIn, out_rs);
             if (uiPixels < 16)
@@ -516,7 +572,11 @@ struct TWindowKernel {
                     TStage::After(asMid[uiCurrent], asMid[uiNext]);
                 TOut sOut;
                 oStage.Second(asMid[uiPrevious], asMid[uiCurrent], asMid[uiNext], sOut);
-                oWriter.template Put<TB, keStore>(b, BlockPixels(in_rsJob, b), sOut);
+                const unsigned uiPixels = BlockPixels(in_rsJob, b);
+                if (uiPixels == 16)
+                    oWriter.template PutFull<TB, keStore>(b, sOut);
+                else
+                    oWriter.template PutTail<TB, keStore>(b, uiPixels, sOut);
                 const unsigned uiFree = uiPrevious;
                 uiPrevious = uiCurrent;
                 uiCurrent = uiNext;

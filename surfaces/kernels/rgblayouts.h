@@ -19,6 +19,8 @@
 #include "surfaces/kernels/layouts.h"
 #include "surfaces/kernels/v210.h"
 
+#include <type_traits>
+
 namespace NQxcKernels {
 
 struct SScalarRgb {
@@ -460,6 +462,85 @@ struct TLayoutRgb16x4 {
 typedef TLayoutRgb16x4<false, 0, 3, 2, 1> LRgbAbgr16;
 typedef TLayoutRgb16x4<true, 0, 1, 2, 3> LRgbK64argb;
 
+// ============================================ layouts read as their bytes
+// For the steps that work on a layout's bytes directly (the 8-bit packed
+// paths, where unpacking into the canonical blocks would cost more than the
+// arithmetic): the 16 pixels' bytes, as they are. Such a reader does not
+// carry the key-present flag, so it serves only conversions whose
+// destination has no key.
+template <class TLayout>
+struct SScalarRaw {
+    uint8_t auc[TLayout::kuiBytes];
+};
+template <class TLayout>
+struct SVectorRaw {
+    __m128i ai128[TLayout::kuiBytes / 16];
+};
+
+template <class TLayout>
+struct TRaw {
+    typedef TLayout TBase;
+    template <class TB>
+    using TCanon =
+        typename std::conditional<std::is_same<TB, CScalar>::value, SScalarRaw<TLayout>, SVectorRaw<TLayout>>::type;
+    static const unsigned kuiBytes = TLayout::kuiBytes;
+    static const bool kbHasKey = false;
+
+    static void Load(const uint8_t* in_puc, SScalarRaw<TLayout>& out_rs) { std::memcpy(out_rs.auc, in_puc, kuiBytes); }
+    static void Load(const uint8_t* in_puc, SVectorRaw<TLayout>& out_rs)
+    {
+        for (unsigned i = 0; i < kuiBytes / 16; ++i)
+            out_rs.ai128[i] = NQxcKernels::Load(in_puc + 16 * i);
+    }
+    template <EStore keStore>
+    static void Store(uint8_t* out_puc, const SScalarRaw<TLayout>& in_rs)
+    {
+        std::memcpy(out_puc, in_rs.auc, kuiBytes);
+    }
+    template <EStore keStore>
+    static void Store(uint8_t* out_puc, const SVectorRaw<TLayout>& in_rs)
+    {
+        for (unsigned i = 0; i < kuiBytes / 16; ++i)
+            NQxcKernels::Store<keStore>(out_puc + 16 * i, in_rs.ai128[i]);
+    }
+};
+
+// 8-bit RGB with key as four planes of 16 bytes (16 pixels): what the packed
+// 4:2:2 path produces, stored into RGBA_8bits or BGRA_8bits with byte
+// interleaves. The scalar form is the ordinary RGB block.
+struct SVectorRgb8 {
+    __m128i i128B, i128G, i128R, i128A;
+};
+
+template <bool kbReversed>
+struct TLayoutRgb8Planes : TLayoutRgb8x4<kbReversed> {
+    typedef TLayoutRgb8x4<kbReversed> TBase;
+    template <class TB>
+    using TCanon = typename std::conditional<std::is_same<TB, CScalar>::value, SScalarRgb, SVectorRgb8>::type;
+    using TBase::Store;
+
+    template <EStore keStore>
+    static void Store(uint8_t* out_puc, const SVectorRgb8& in_rs)
+    {
+        // Memory order B G R A, or A R G B reversed.
+        const __m128i i128First = kbReversed ? in_rs.i128A : in_rs.i128B;
+        const __m128i i128Second = kbReversed ? in_rs.i128R : in_rs.i128G;
+        const __m128i i128Third = kbReversed ? in_rs.i128G : in_rs.i128R;
+        const __m128i i128Fourth = kbReversed ? in_rs.i128B : in_rs.i128A;
+        const __m128i i128Low01 = _mm_unpacklo_epi8(i128First, i128Second);
+        const __m128i i128High01 = _mm_unpackhi_epi8(i128First, i128Second);
+        const __m128i i128Low23 = _mm_unpacklo_epi8(i128Third, i128Fourth);
+        const __m128i i128High23 = _mm_unpackhi_epi8(i128Third, i128Fourth);
+        NQxcKernels::Store<keStore>(out_puc, _mm_unpacklo_epi16(i128Low01, i128Low23));
+        NQxcKernels::Store<keStore>(out_puc + 16, _mm_unpackhi_epi16(i128Low01, i128Low23));
+        NQxcKernels::Store<keStore>(out_puc + 32, _mm_unpacklo_epi16(i128High01, i128High23));
+        NQxcKernels::Store<keStore>(out_puc + 48, _mm_unpackhi_epi16(i128High01, i128High23));
+    }
+};
+
+typedef TLayoutRgb8Planes<false> LRgba8Planes;
+typedef TLayoutRgb8Planes<true> LBgra8Planes;
+
 // ====================================================== unit traits
 // The smallest run of whole pixels that starts on a byte, for every layout a
 // buffer kernel reads or writes: the YUV layouts of the block family (whose
@@ -484,6 +565,9 @@ QXC_LAYOUT_UNIT(L4444_16, 1, 8)
 QXC_LAYOUT_UNIT(L4224_16, 16, 96)
 QXC_LAYOUT_UNIT(LR4fl, 1, 16)
 #undef QXC_LAYOUT_UNIT
+template <class TLayout>
+struct TUnit<TRaw<TLayout>> : TUnit<TLayout> {
+};
 
 // Bytes of the units that hold the first in_uiPixels pixels of a block.
 template <class TLayout>
