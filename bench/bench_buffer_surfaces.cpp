@@ -14,6 +14,7 @@
 
 #include <qxbase/qxcsurfacefactory.h>
 
+#include "bench/qxbenchpictures.h"
 #include "bench/qxbenchratios.h"
 
 #include <cstdlib>
@@ -24,29 +25,15 @@
 
 namespace {
 
-struct SResolution {
-    unsigned uiWidth;
-    unsigned uiHeight;
-    const char* pszName;
-};
-const SResolution kasResolutions[] = {{1920, 1080, "1920x1080"}, {3840, 2160, "3840x2160"}};
-
-// A 64-byte aligned picture, written once so that its pages are in.
-struct SPicture {
-    SPicture(unsigned in_uiPitch, unsigned in_uiHeight)
-        : uiPitch(in_uiPitch), uiBytes(size_t(in_uiPitch) * in_uiHeight),
-          puc(static_cast<uint8_t*>(std::aligned_alloc(64, (uiBytes + 63) / 64 * 64)))
+// A picture of random bytes.
+struct SPicture : SBuffer {
+    SPicture(unsigned in_uiPitch, unsigned in_uiHeight) : SBuffer(size_t(in_uiPitch) * in_uiHeight), uiPitch(in_uiPitch)
     {
         std::mt19937 oRandom(7);
-        for (size_t ui = 0; ui < uiBytes; ++ui)
+        for (size_t ui = 0; ui < size_t(in_uiPitch) * in_uiHeight; ++ui)
             puc[ui] = static_cast<uint8_t>(oRandom());
     }
-    ~SPicture() { std::free(puc); }
-    SPicture(const SPicture&) = delete;
-    SPicture& operator=(const SPicture&) = delete;
     unsigned uiPitch;
-    size_t uiBytes;
-    uint8_t* puc;
 };
 
 const int kiHeldToSsse3 = libyuv::kCpuInitialized | libyuv::kCpuHasX86 | libyuv::kCpuHasSSE2 | libyuv::kCpuHasSSSE3;

@@ -5,6 +5,7 @@
 // are printed after the runs (above 1: faster than the reference).
 #include <benchmark/benchmark.h>
 
+#include "bench/qxbenchpictures.h"
 #include "surfaces/kernels/blockmatrix.h"
 #include "tests/surfaces/ffmpegv210.h"
 #include "tests/surfaces/surfacetesthelpers.h"
@@ -18,26 +19,6 @@
 #include <vector>
 
 namespace {
-
-struct SResolution {
-    unsigned uiWidth;
-    unsigned uiHeight;
-    const char* pszName;
-};
-const SResolution kasResolutions[] = {{1920, 1080, "1920x1080"}, {3840, 2160, "3840x2160"}};
-
-// A 64-byte aligned, zeroed (so faulted in) picture with padding after it.
-struct SBuffer {
-    explicit SBuffer(size_t in_uiBytes)
-        : puc(static_cast<uint8_t*>(std::aligned_alloc(64, (in_uiBytes + 64 + 63) / 64 * 64)))
-    {
-        std::memset(puc, 0, in_uiBytes + 64);
-    }
-    ~SBuffer() { std::free(puc); }
-    SBuffer(const SBuffer&) = delete;
-    SBuffer& operator=(const SBuffer&) = delete;
-    uint8_t* puc;
-};
 
 // Fills a source with valid values of its format: random bytes, with the
 // two top bits of every 32-bit word of the 10-bit word formats cleared.

@@ -25,6 +25,17 @@
         return RunPixelJob(Entry(Kernel), in_pSource, in_uiWidth, in_uiHeight, RgbSide);   \
     }
 
+// The four kernels of the YUV buffers that take RGBA and RGB24, plain and
+// filtered, from the compositions K<Prefix>FromRgba8[Filter] and
+// K<Prefix>FromRgb24[Filter].
+#define QXC_DEFINE_YUV_FROM_RGB_KERNELS(Leaf, Prefix)                                                    \
+    QXC_DEFINE_BUFFER_KERNEL(Leaf, CopyFromRGBA_8bits_Unshaped, QXC_SSE2_PIXEL_JOB, K##Prefix##FromRgba8, in_pSource) \
+    QXC_DEFINE_BUFFER_KERNEL(Leaf, CopyFromRGBA_8bits_Unshaped_Filter, QXC_SSE2_PIXEL_JOB, K##Prefix##FromRgba8Filter, \
+                             in_pSource)                                                                        \
+    QXC_DEFINE_BUFFER_KERNEL(Leaf, CopyFromRGB24_8bits, QXC_SSE2_PIXEL_JOB, K##Prefix##FromRgb24, in_pSource)    \
+    QXC_DEFINE_BUFFER_KERNEL(Leaf, CopyFromRGB24_8bits_Filter, QXC_SSE2_PIXEL_JOB, K##Prefix##FromRgb24Filter,   \
+                             in_pSource)
+
 // The fill of a YUV leaf.
 #define QXC_DEFINE_YUV_FILL(Leaf, Kernel)                                                           \
     bool Leaf::Fill(const SQxcYuvaPixel& in_rsColor, unsigned int in_uiWidth, unsigned int in_uiHeight) \

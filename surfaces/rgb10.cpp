@@ -6,20 +6,16 @@
 
 typedef NQxcKernels::TXYccToRgbDeep<10> XToRgb10;
 
-typedef CQxcA2R10G10B10_UnshapedBufferSurfaceSSE2 CA2r10;
-QXC_DEFINE_BUFFER_LEAF_LIFETIME(CQxcA2R10G10B10_UnshapedBufferSurfaceSSE2, CQxcA2R10G10B10_UnshapedBufferSurface)
-QXC_DEFINE_RGB_FILLS(CA2r10, QXC_SSE2_PIXEL_JOB, KFillA2r10, XToRgb10, 10)
-QXC_DEFINE_RGB16_FILL(CA2r10, QXC_SSE2_PIXEL_JOB, KFillA2r10, NQxcBufferFill::As10Bits(in_rsColor))
-QXC_DEFINE_BUFFER_KERNEL(CA2r10, CopyFromYCbCrA4224_16bits_Unshaped, QXC_SSE2_PIXEL_JOB, KA2r10FromHub, this)
-QXC_DEFINE_BUFFER_KERNEL(CA2r10, CopyFromVideoRGBA_Unshaped, QXC_SSE2_PIXEL_JOB, KA2r10FromVideo, this)
-QXC_DEFINE_BUFFER_KERNEL(CA2r10, CopyFromGraphicRGBA_Unshaped, QXC_SSE2_PIXEL_JOB, KA2r10FromGraphic, this)
-QXC_DEFINE_BUFFER_KERNEL(CA2r10, CopyFromK64ARGB_Unshaped, QXC_SSE2_PIXEL_JOB, KA2r10FromK64, this)
+// A leaf of either, from the compositions KFill<Prefix>, K<Prefix>FromHub,
+// K<Prefix>FromVideo, K<Prefix>FromGraphic and K<Prefix>FromK64.
+#define QXC_DEFINE_RGB10_LEAF(Leaf, Middle, Prefix)                                                          \
+    QXC_DEFINE_BUFFER_LEAF_LIFETIME(Leaf, Middle)                                                             \
+    QXC_DEFINE_RGB_FILLS(Leaf, QXC_SSE2_PIXEL_JOB, KFill##Prefix, XToRgb10, 10)                               \
+    QXC_DEFINE_RGB16_FILL(Leaf, QXC_SSE2_PIXEL_JOB, KFill##Prefix, NQxcBufferFill::As10Bits(in_rsColor))       \
+    QXC_DEFINE_BUFFER_KERNEL(Leaf, CopyFromYCbCrA4224_16bits_Unshaped, QXC_SSE2_PIXEL_JOB, K##Prefix##FromHub, this) \
+    QXC_DEFINE_BUFFER_KERNEL(Leaf, CopyFromVideoRGBA_Unshaped, QXC_SSE2_PIXEL_JOB, K##Prefix##FromVideo, this)  \
+    QXC_DEFINE_BUFFER_KERNEL(Leaf, CopyFromGraphicRGBA_Unshaped, QXC_SSE2_PIXEL_JOB, K##Prefix##FromGraphic, this) \
+    QXC_DEFINE_BUFFER_KERNEL(Leaf, CopyFromK64ARGB_Unshaped, QXC_SSE2_PIXEL_JOB, K##Prefix##FromK64, this)
 
-typedef CQxcA2B10G10R10_UnshapedBufferSurfaceSSE2 CA2b10;
-QXC_DEFINE_BUFFER_LEAF_LIFETIME(CQxcA2B10G10R10_UnshapedBufferSurfaceSSE2, CQxcA2B10G10R10_UnshapedBufferSurface)
-QXC_DEFINE_RGB_FILLS(CA2b10, QXC_SSE2_PIXEL_JOB, KFillA2b10, XToRgb10, 10)
-QXC_DEFINE_RGB16_FILL(CA2b10, QXC_SSE2_PIXEL_JOB, KFillA2b10, NQxcBufferFill::As10Bits(in_rsColor))
-QXC_DEFINE_BUFFER_KERNEL(CA2b10, CopyFromYCbCrA4224_16bits_Unshaped, QXC_SSE2_PIXEL_JOB, KA2b10FromHub, this)
-QXC_DEFINE_BUFFER_KERNEL(CA2b10, CopyFromVideoRGBA_Unshaped, QXC_SSE2_PIXEL_JOB, KA2b10FromVideo, this)
-QXC_DEFINE_BUFFER_KERNEL(CA2b10, CopyFromGraphicRGBA_Unshaped, QXC_SSE2_PIXEL_JOB, KA2b10FromGraphic, this)
-QXC_DEFINE_BUFFER_KERNEL(CA2b10, CopyFromK64ARGB_Unshaped, QXC_SSE2_PIXEL_JOB, KA2b10FromK64, this)
+QXC_DEFINE_RGB10_LEAF(CQxcA2R10G10B10_UnshapedBufferSurfaceSSE2, CQxcA2R10G10B10_UnshapedBufferSurface, A2r10)
+QXC_DEFINE_RGB10_LEAF(CQxcA2B10G10R10_UnshapedBufferSurfaceSSE2, CQxcA2B10G10R10_UnshapedBufferSurface, A2b10)

@@ -273,10 +273,28 @@ bool CQxcBufferSurface::FillBlocks(const SQxcYuvaPixel& in_rsColor, unsigned int
     return uiEnd32 <= m_uiCursorPixel || Fill(in_rsColor, uiEnd32 - m_uiCursorPixel, in_uiHeight);
 }
 
+namespace {
+
+// The destination's half of a pixel job: this surface from its cursor line.
+SQxcBlockJob PixelDestinationJob(const CQxcBufferSurface& in_r, unsigned int in_uiWidth, unsigned int in_uiHeight)
+{
+    SQxcBlockJob sJob = {};
+    sJob.pucDestination = in_r.GetBuffer() + static_cast<long>(in_r.GetCursorLine()) * in_r.GetPitch();
+    sJob.lDestinationPitch = in_r.GetPitch();
+    sJob.uiDestinationFirstPixel = in_r.GetCursorPixel();
+    sJob.uiDestinationLinePixels = LinePixels(in_r);
+    sJob.uiPixels = in_uiWidth;
+    sJob.uiLines = in_uiHeight;
+    sJob.bCachedStores = in_r.HasCachedStores();
+    return sJob;
+}
+
+}  // namespace
+
 bool CQxcBufferSurface::RunPixelJob(PFNQxcPixelJob in_pfnJob, const CQxcSurface* in_pSource, unsigned int in_uiWidth,
                                     unsigned int in_uiHeight, const CQxcBufferSurface* in_pRgbSide)
 {
-    SQxcBlockJob sJob = {};
+    SQxcBlockJob sJob = PixelDestinationJob(*this, in_uiWidth, in_uiHeight);
     if (in_pSource != nullptr) {
         sJob.pucSource = in_pSource->GetBuffer() + static_cast<long>(in_pSource->GetCursorLine()) * in_pSource->GetPitch();
         sJob.lSourcePitch = in_pSource->GetPitch();
@@ -284,13 +302,6 @@ bool CQxcBufferSurface::RunPixelJob(PFNQxcPixelJob in_pfnJob, const CQxcSurface*
         sJob.uiSourceLinePixels = LinePixels(*in_pSource);
         sJob.bSourceKeyPresent = in_pSource->IsKeyPresent();
     }
-    sJob.pucDestination = m_pucBuffer + static_cast<long>(m_uiCursorLine) * m_lPitch;
-    sJob.lDestinationPitch = m_lPitch;
-    sJob.uiDestinationFirstPixel = m_uiCursorPixel;
-    sJob.uiDestinationLinePixels = LinePixels(*this);
-    sJob.uiPixels = in_uiWidth;
-    sJob.uiLines = in_uiHeight;
-    sJob.bCachedStores = m_bCachedStores;
     sJob.psCoeff = in_pRgbSide->m_psRgbCoeff;
     sJob.iRgbRange = in_pRgbSide->m_eColorRange;
     sJob.psRangeCoeff = &CQxcRgbBufferSurface::ms_sRgbToRgbCoeff;
@@ -308,14 +319,7 @@ bool CQxcBufferSurface::RunPixelFill(PFNQxcPixelJob in_pfnJob, const SQxcYuvaPix
         return true;
     if (!PixelRangeFits(this, in_uiWidth, in_uiHeight))
         return false;
-    SQxcBlockJob sJob = {};
-    sJob.pucDestination = m_pucBuffer + static_cast<long>(m_uiCursorLine) * m_lPitch;
-    sJob.lDestinationPitch = m_lPitch;
-    sJob.uiDestinationFirstPixel = m_uiCursorPixel;
-    sJob.uiDestinationLinePixels = LinePixels(*this);
-    sJob.uiPixels = in_uiWidth;
-    sJob.uiLines = in_uiHeight;
-    sJob.bCachedStores = m_bCachedStores;
+    SQxcBlockJob sJob = PixelDestinationJob(*this, in_uiWidth, in_uiHeight);
     sJob.sColor = in_rsYuv;
     sJob.sRgbColor = in_rsRgb;
     if (!in_pfnJob(sJob))

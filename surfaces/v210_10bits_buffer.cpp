@@ -4,7 +4,4 @@
 
 typedef CQxcV210_10bits_BufferSurfaceSSE2 CLeaf;
 QXC_DEFINE_BUFFER_LEAF_LIFETIME(CQxcV210_10bits_BufferSurfaceSSE2, CQxcV210_10bits_BufferSurface)
-QXC_DEFINE_BUFFER_KERNEL(CLeaf, CopyFromRGBA_8bits_Unshaped, QXC_SSE2_PIXEL_JOB, KV210FromRgba8, in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CLeaf, CopyFromRGBA_8bits_Unshaped_Filter, QXC_SSE2_PIXEL_JOB, KV210FromRgba8Filter, in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CLeaf, CopyFromRGB24_8bits, QXC_SSE2_PIXEL_JOB, KV210FromRgb24, in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CLeaf, CopyFromRGB24_8bits_Filter, QXC_SSE2_PIXEL_JOB, KV210FromRgb24Filter, in_pSource)
+QXC_DEFINE_YUV_FROM_RGB_KERNELS(CLeaf, V210)

@@ -5,12 +5,7 @@
 typedef CQxcYCbCrA4224_10bits_UnshapedBufferSurfaceSSE2 CUnshaped;
 QXC_DEFINE_BUFFER_LEAF_LIFETIME(CQxcYCbCrA4224_10bits_UnshapedBufferSurfaceSSE2, CQxcYCbCrA4224_10bits_UnshapedBufferSurface)
 QXC_DEFINE_YUV_FILL(CUnshaped, KFill4224_10)
-QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromRGBA_8bits_Unshaped, QXC_SSE2_PIXEL_JOB, K4224_10FromRgba8, in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromRGBA_8bits_Unshaped_Filter, QXC_SSE2_PIXEL_JOB, K4224_10FromRgba8Filter,
-                         in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromRGB24_8bits, QXC_SSE2_PIXEL_JOB, K4224_10FromRgb24, in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromRGB24_8bits_Filter, QXC_SSE2_PIXEL_JOB, K4224_10FromRgb24Filter,
-                         in_pSource)
+QXC_DEFINE_YUV_FROM_RGB_KERNELS(CUnshaped, 4224_10)
 
 typedef CQxcYCbCrA4224_10bits_ShapedBufferSurfaceSSE2 CShaped;
 QXC_DEFINE_BUFFER_LEAF_LIFETIME(CQxcYCbCrA4224_10bits_ShapedBufferSurfaceSSE2, CQxcYCbCrA4224_10bits_ShapedBufferSurface)

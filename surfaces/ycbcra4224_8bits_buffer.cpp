@@ -5,13 +5,8 @@
 typedef CQxcYCbCrA4224_8bits_UnshapedBufferSurfaceSSE2 CUnshaped;
 QXC_DEFINE_BUFFER_LEAF_LIFETIME(CQxcYCbCrA4224_8bits_UnshapedBufferSurfaceSSE2, CQxcYCbCrA4224_8bits_UnshapedBufferSurface)
 QXC_DEFINE_YUV_FILL(CUnshaped, KFill4224_8)
-QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromRGBA_8bits_Unshaped, QXC_SSE2_PIXEL_JOB, K4224_8FromRgba8, in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromRGBA_8bits_Unshaped_Filter, QXC_SSE2_PIXEL_JOB, K4224_8FromRgba8Filter,
-                         in_pSource)
+QXC_DEFINE_YUV_FROM_RGB_KERNELS(CUnshaped, 4224_8)
 QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromBGRA_8bits_Unshaped, QXC_SSE2_PIXEL_JOB, K4224_8FromBgra8, in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromRGB24_8bits, QXC_SSE2_PIXEL_JOB, K4224_8FromRgb24, in_pSource)
-QXC_DEFINE_BUFFER_KERNEL(CUnshaped, CopyFromRGB24_8bits_Filter, QXC_SSE2_PIXEL_JOB, K4224_8FromRgb24Filter,
-                         in_pSource)
 
 typedef CQxcYCbCrA4224_8bits_ShapedBufferSurfaceSSE2 CShaped;
 QXC_DEFINE_BUFFER_LEAF_LIFETIME(CQxcYCbCrA4224_8bits_ShapedBufferSurfaceSSE2, CQxcYCbCrA4224_8bits_ShapedBufferSurface)

@@ -476,48 +476,80 @@ inline unsigned BlockPixels(const SQxcBlockJob& in_rsJob, unsigned in_uiBlock)
     return uiLeft < 16 ? uiLeft : 16;
 }
 
+// The two ends of a composition: the reader (with the key of a keyless
+// source) and the writer. A block of 16 pixels goes straight through memory,
+// a partial one through a copy (so a call with whole blocks only meets no
+// function call in its loop).
+template <class TReader, class TWriter>
+struct TPixelEnds {
+    static bool Accepts(const SQxcBlockJob& in_rsJob) { return TReader::Accepts(in_rsJob) && TWriter::Accepts(in_rsJob); }
+    static bool Aligned(const SQxcBlockJob& in_rsJob) { return TWriter::Aligned(in_rsJob); }
+
+    explicit TPixelEnds(const SQxcBlockJob& in_rsJob)
+        : oReader(in_rsJob),
+          oWriter(in_rsJob),
+          sKey(in_rsJob.bSourceKeyPresent || !TReader::kbHasKey, TReader::kiKeyDepth)
+    {
+    }
+    void BeginLine(unsigned in_uiLine)
+    {
+        oReader.BeginLine(in_uiLine);
+        oWriter.BeginLine(in_uiLine);
+    }
+    template <class TB, class TIn>
+    void Read(unsigned in_uiBlock, unsigned in_uiPixels, TIn& out_rs)
+    {
+        if (in_uiPixels == 16)
+            oReader.template GetFull<TB>(in_uiBlock, out_rs);
+        else
+            oReader.template GetTail<TB>(in_uiBlock, in_uiPixels, out_rs);
+        if constexpr (TReader::kbHasKey)
+            sKey.Apply(out_rs);
+    }
+    template <class TB, EStore keStore, class TOut>
+    void Write(unsigned in_uiBlock, unsigned in_uiPixels, const TOut& in_rs)
+    {
+        if (in_uiPixels == 16)
+            oWriter.template PutFull<TB, keStore>(in_uiBlock, in_rs);
+        else
+            oWriter.template PutTail<TB, keStore>(in_uiBlock, in_uiPixels, in_rs);
+    }
+
+    TReader oReader;
+    TWriter oWriter;
+    const SPixelKeyOverride sKey;
+};
+
 // Reader, step, writer: one block at a time.
 template <class TReader, class TXf, class TWriter>
 struct TPixelKernel {
-    static bool Accepts(const SQxcBlockJob& in_rsJob)
+    typedef TPixelEnds<TReader, TWriter> TEnds;
+    static bool Accepts(const SQxcBlockJob& in_rsJob) { return TEnds::Accepts(in_rsJob) && TAccepts<TXf>::Run(in_rsJob); }
+    static bool Aligned(const SQxcBlockJob& in_rsJob) { return TEnds::Aligned(in_rsJob); }
+
+    template <class TB, EStore keStore>
+    static void Step(TEnds& io_rEnds, const TXf& in_rXf, unsigned in_uiBlock, unsigned in_uiPixels)
     {
-        return TReader::Accepts(in_rsJob) && TWriter::Accepts(in_rsJob) && TAccepts<TXf>::Run(in_rsJob);
+        typename TReader::template TBlock<TB> sIn;
+        io_rEnds.template Read<TB>(in_uiBlock, in_uiPixels, sIn);
+        typename TWriter::template TBlock<TB> sOut;
+        in_rXf.Apply(sIn, sOut);
+        io_rEnds.template Write<TB, keStore>(in_uiBlock, in_uiPixels, sOut);
     }
-    static bool Aligned(const SQxcBlockJob& in_rsJob) { return TWriter::Aligned(in_rsJob); }
 
     template <class TB, EStore keStore>
     static void Run(const SQxcBlockJob& in_rsJob)
     {
-        typedef typename TReader::template TBlock<TB> TIn;
-        typedef typename TWriter::template TBlock<TB> TOut;
-        TReader oReader(in_rsJob);
-        TWriter oWriter(in_rsJob);
+        TEnds oEnds(in_rsJob);
         const TXf oXf(in_rsJob);
-        const SPixelKeyOverride sKey(in_rsJob.bSourceKeyPresent || !TReader::kbHasKey, TReader::kiKeyDepth);
-        // Whole blocks in a loop that calls nothing, then the partial one.
         const unsigned uiFull = in_rsJob.uiPixels / 16;
         const unsigned uiRest = in_rsJob.uiPixels % 16;
         for (unsigned uiLine = 0; uiLine < in_rsJob.uiLines; ++uiLine) {
-            oReader.BeginLine(uiLine);
-            oWriter.BeginLine(uiLine);
-            for (unsigned b = 0; b < uiFull; ++b) {
-                TIn sIn;
-                oReader.template GetFull<TB>(b, sIn);
-                if constexpr (TReader::kbHasKey)
-                    sKey.Apply(sIn);
-                TOut sOut;
-                oXf.Apply(sIn, sOut);
-                oWriter.template PutFull<TB, keStore>(b, sOut);
-            }
-            if (uiRest != 0) {
-                TIn sIn;
-                oReader.template GetTail<TB>(uiFull, uiRest, sIn);
-                if constexpr (TReader::kbHasKey)
-                    sKey.Apply(sIn);
-                TOut sOut;
-                oXf.Apply(sIn, sOut);
-                oWriter.template PutTail<TB, keStore>(uiFull, uiRest, sOut);
-            }
+            oEnds.BeginLine(uiLine);
+            for (unsigned b = 0; b < uiFull; ++b)
+                Step<TB, keStore>(oEnds, oXf, b, 16);
+            if (uiRest != 0)
+                Step<TB, keStore>(oEnds, oXf, uiFull, uiRest);
         }
         FinishStores<keStore>();
     }
@@ -528,40 +560,31 @@ struct TPixelKernel {
 // the block before, the block, the block after.
 template <class TReader, class TStage, class TWriter>
 struct TWindowKernel {
+    typedef TPixelEnds<TReader, TWriter> TEnds;
     static bool Accepts(const SQxcBlockJob& in_rsJob)
     {
-        return TReader::Accepts(in_rsJob) && TWriter::Accepts(in_rsJob) && TAccepts<TStage>::Run(in_rsJob);
+        return TEnds::Accepts(in_rsJob) && TAccepts<TStage>::Run(in_rsJob);
     }
-    static bool Aligned(const SQxcBlockJob& in_rsJob) { return TWriter::Aligned(in_rsJob); }
+    static bool Aligned(const SQxcBlockJob& in_rsJob) { return TEnds::Aligned(in_rsJob); }
 
     template <class TB, EStore keStore>
     static void Run(const SQxcBlockJob& in_rsJob)
     {
-        typedef typename TReader::template TBlock<TB> TIn;
         typedef typename TStage::template TMid<TB> TMid;
-        typedef typename TWriter::template TBlock<TB> TOut;
-        TReader oReader(in_rsJob);
-        TWriter oWriter(in_rsJob);
+        TEnds oEnds(in_rsJob);
         const TStage oStage(in_rsJob);
-        const SPixelKeyOverride sKey(in_rsJob.bSourceKeyPresent || !TReader::kbHasKey, TReader::kiKeyDepth);
         const unsigned uiBlocks = (in_rsJob.uiPixels + 15) / 16;
         TMid asMid[3];
         auto Make = [&](unsigned in_uiBlock, TMid& out_rs) {
             const unsigned uiPixels = BlockPixels(in_rsJob, in_uiBlock);
-            TIn sIn;
-            if (uiPixels == 16)
-                oReader.template GetFull<TB>(in_uiBlock, sIn);
-            else
-                oReader.template GetTail<TB>(in_uiBlock, uiPixels, sIn);
-            if constexpr (TReader::kbHasKey)
-                sKey.Apply(sIn);
+            typename TReader::template TBlock<TB> sIn;
+            oEnds.template Read<TB>(in_uiBlock, uiPixels, sIn);
             oStage.First(sIn, out_rs);
             if (uiPixels < 16)
                 TStage::FixTail(out_rs, uiPixels);
         };
         for (unsigned uiLine = 0; uiLine < in_rsJob.uiLines; ++uiLine) {
-            oReader.BeginLine(uiLine);
-            oWriter.BeginLine(uiLine);
+            oEnds.BeginLine(uiLine);
             unsigned uiPrevious = 0, uiCurrent = 1, uiNext = 2;
             Make(0, asMid[uiCurrent]);
             TStage::Before(asMid[uiCurrent], asMid[uiPrevious]);
@@ -570,13 +593,9 @@ struct TWindowKernel {
                     Make(b + 1, asMid[uiNext]);
                 else
                     TStage::After(asMid[uiCurrent], asMid[uiNext]);
-                TOut sOut;
+                typename TWriter::template TBlock<TB> sOut;
                 oStage.Second(asMid[uiPrevious], asMid[uiCurrent], asMid[uiNext], sOut);
-                const unsigned uiPixels = BlockPixels(in_rsJob, b);
-                if (uiPixels == 16)
-                    oWriter.template PutFull<TB, keStore>(b, sOut);
-                else
-                    oWriter.template PutTail<TB, keStore>(b, uiPixels, sOut);
+                oEnds.template Write<TB, keStore>(b, BlockPixels(in_rsJob, b), sOut);
                 const unsigned uiFree = uiPrevious;
                 uiPrevious = uiCurrent;
                 uiCurrent = uiNext;

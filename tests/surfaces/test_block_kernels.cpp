@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/surfaces/surfacetesthelpers.h"
+#include "tests/surfaces/untouched.h"
 
 using namespace NQxTest;
 using namespace NQxcKernels;
@@ -158,22 +159,6 @@ std::string Describe(const SMatrixEntry& in_rs, const SCase& in_rc)
            std::to_string(in_rc.uiSourceBlock) + "/" + std::to_string(in_rc.uiDestinationBlock) +
            (in_rc.bCached ? " cached" : " streaming") + (in_rc.bEdge ? " edge" : " random") +
            (in_rc.bKeyPresent ? "" : " keyless");
-}
-
-// Bytes a destination line keeps outside [begin, end) of what a call wrote.
-void ExpectUntouchedOutside(const CPicture& in_rBefore, const CPicture& in_rAfter, unsigned in_uiFirstLine,
-                            unsigned in_uiLines, long in_lWrittenBegin, long in_lWrittenEnd, const std::string& in_s)
-{
-    ASSERT_TRUE(in_rAfter.GuardsIntact()) << in_s;
-    for (unsigned uiLine = 0; uiLine < in_rAfter.Lines(); ++uiLine) {
-        const bool bWritten = uiLine >= in_uiFirstLine && uiLine < in_uiFirstLine + in_uiLines;
-        for (long l = 0; l < in_rAfter.Pitch(); ++l) {
-            if (bWritten && l >= in_lWrittenBegin && l < in_lWrittenEnd)
-                continue;
-            ASSERT_EQ(in_rBefore.Line(uiLine)[l], in_rAfter.Line(uiLine)[l])
-                << in_s << ": byte " << l << " of line " << uiLine << " outside the written region";
-        }
-    }
 }
 
 void RunCase(const SMatrixEntry& in_rs, const SCase& in_rc, std::mt19937& io_rRandom)

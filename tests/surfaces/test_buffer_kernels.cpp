@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/surfaces/buffertesthelpers.h"
+#include "tests/surfaces/untouched.h"
 
 using namespace NQxTest;
 using namespace NQxcKernels;
@@ -110,21 +111,6 @@ void WrittenBytes(int in_iKind, unsigned in_uiX, unsigned in_uiPixels, long& out
     const SUnit s = UnitOf(in_iKind);
     out_rlBegin = in_uiX / s.uiPixels * s.uiBytes;
     out_rlEnd = (in_uiX + in_uiPixels + s.uiPixels - 1) / s.uiPixels * s.uiBytes;
-}
-
-void ExpectUntouchedOutside(const CPicture& in_rBefore, const CPicture& in_rAfter, unsigned in_uiFirstLine,
-                            unsigned in_uiLines, long in_lBegin, long in_lEnd, const std::string& in_s)
-{
-    ASSERT_TRUE(in_rAfter.GuardsIntact()) << in_s;
-    for (unsigned uiLine = 0; uiLine < in_rAfter.Lines(); ++uiLine) {
-        const bool bWritten = uiLine >= in_uiFirstLine && uiLine < in_uiFirstLine + in_uiLines;
-        for (long l = 0; l < in_rAfter.Pitch(); ++l) {
-            if (bWritten && l >= in_lBegin && l < in_lEnd)
-                continue;
-            ASSERT_EQ(in_rBefore.Line(uiLine)[l], in_rAfter.Line(uiLine)[l])
-                << in_s << ": byte " << l << " of line " << uiLine << " outside the written units";
-        }
-    }
 }
 
 void RunCase(const SEntry& in_rs, const SCase& in_rc, std::mt19937& io_rRandom)
