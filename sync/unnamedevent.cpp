@@ -177,9 +177,11 @@ bool CQxUnnamedEvent::ConsumeSignal()
     if (!IsSet()) return false;
     QX_SYNC_DELAY_POINT(keQxDelayWaitSignalSeen, this);
     if (m_bManualReset) return true;
+    // Tested again under the state mutex, still through the virtual table:
+    // a derived event's own signalled test decides here as well.
     pthread_mutex_lock(&m_oStateMutex);
-    bool bTaken = m_i32State.load(std::memory_order_relaxed) != 0;
-    m_i32State.store(0, std::memory_order_relaxed);
+    bool bTaken = IsSet();
+    if (bTaken) m_i32State.store(0, std::memory_order_relaxed);
     pthread_mutex_unlock(&m_oStateMutex);
     return bTaken;
 }

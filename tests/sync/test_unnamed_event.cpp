@@ -89,6 +89,33 @@ TEST(UnnamedEventState, ConsumeSignalTakesAnAutoResetSignalOnce)
     EXPECT_TRUE(oManual.ConsumeSignal());
 }
 
+// An event whose signalled test is its own: Wait asks IsSet through the
+// virtual table, so a waiter on an auto-reset event is released as soon as
+// the derived test says so, whatever the base state holds.
+class CFlagEvent : public CQxUnnamedEvent {
+public:
+    explicit CFlagEvent(bool in_bManualReset) : CQxUnnamedEvent(in_bManualReset) {}
+    bool IsSet() override { return m_bFlag.load() || CQxUnnamedEvent::IsSet(); }
+    std::atomic<bool> m_bFlag{false};
+};
+
+TEST(UnnamedEventState, WaitTestsTheSignalThroughTheVirtualTable)
+{
+    for (bool bManualReset : {false, true}) {
+        CFlagEvent oEvent(bManualReset);
+        EXPECT_FALSE(oEvent.Wait(0)) << bManualReset;
+        oEvent.m_bFlag = true;
+        EXPECT_TRUE(oEvent.Wait(0)) << bManualReset;
+        EXPECT_TRUE(oEvent.Wait(20)) << bManualReset;
+        oEvent.m_bFlag = false;
+        EXPECT_FALSE(oEvent.Wait(0)) << bManualReset;
+        // The base signal still counts, and an auto-reset wait consumes it.
+        oEvent.Set();
+        EXPECT_TRUE(oEvent.Wait(0)) << bManualReset;
+        EXPECT_EQ(bManualReset, oEvent.Wait(0)) << bManualReset;
+    }
+}
+
 TEST(UnnamedEventTimeouts, TimedWaitNeverGivesUpBeforeItsDeadline)
 {
     CQxUnnamedEvent oEvent(false);
