@@ -87,7 +87,7 @@ uint32_t GetAudioBytesPerChannel(EQxFrameRate in_eFrameRate, EQxScanMode in_eSca
     return IsFieldBased(in_eScanMode) ? rsRow.uiField : rsRow.uiFrame;
 }
 
-void CopySurfaceDescriptionToCreateSurfaceDescription(const SQxSurfaceDescription& in_rsDescription,
+void CopySurfaceDescriptionToCreateSurfaceDescription(SQxSurfaceDescription& in_rsDescription,
                                                       SQxCreateSurfaceDescription& out_rsCreate)
 {
     out_rsCreate.size = sizeof(SQxCreateSurfaceDescription);
@@ -129,7 +129,7 @@ HRESULT CopyResolutionToCreateSurfaceDescription(const SQxResolutionInfo& in_rsR
     return S_OK;
 }
 
-void CopyAudioSamplesDescriptionToCreateAudioSamplesDescription(const SQxAudioSamplesDescription& in_rsDescription,
+void CopyAudioSamplesDescriptionToCreateAudioSamplesDescription(SQxAudioSamplesDescription& in_rsDescription,
                                                                 SQxCreateAudioSamplesDescription& out_rsCreate)
 {
     out_rsCreate.size = sizeof(SQxCreateAudioSamplesDescription);
@@ -147,7 +147,7 @@ void CopyAudioSamplesDescriptionToCreateAudioSamplesDescription(const SQxAudioSa
     std::memset(out_rsCreate.aulReserved, 0, sizeof(out_rsCreate.aulReserved));
 }
 
-void CopyResolutionToCreateAudioSamplesDescription(const SQxResolutionInfo& in_rsResolution,
+void CopyResolutionToCreateAudioSamplesDescription(SQxResolutionInfo& in_rsResolution,
                                                    EQxChannelType in_eChannelType,
                                                    EQxAudioBitsPerSample in_eBitsPerSample,
                                                    SQxCreateAudioSamplesDescription& out_rsCreate)

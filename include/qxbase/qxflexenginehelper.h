@@ -28,7 +28,7 @@ QXBASE_API uint32_t GetAudioBytesPerChannel(EQxFrameRate in_eFrameRate, EQxScanM
 // defaults: no minimum buffer size, no initial clear (alpha 1.0), reserved
 // members zero.
 QXBASE_API void CopySurfaceDescriptionToCreateSurfaceDescription(
-    const SQxSurfaceDescription& in_rsDescription, SQxCreateSurfaceDescription& out_rsCreate);
+    SQxSurfaceDescription& in_rsDescription, SQxCreateSurfaceDescription& out_rsCreate);
 
 // Fills a create description for a picture of the resolution: size 96;
 // width; height (halved for a field-based scan mode, where a buffer holds one
@@ -48,7 +48,7 @@ QXBASE_API HRESULT CopyResolutionToCreateSurfaceDescription(const SQxResolutionI
 // channel count x 8008 bytes (2002 samples of 4 bytes at 23.98 fps). A
 // channel type below 1, or one too large for a 32-bit size, gives size 0.
 QXBASE_API void CopyAudioSamplesDescriptionToCreateAudioSamplesDescription(
-    const SQxAudioSamplesDescription& in_rsDescription, SQxCreateAudioSamplesDescription& out_rsCreate);
+    SQxAudioSamplesDescription& in_rsDescription, SQxCreateAudioSamplesDescription& out_rsCreate);
 
 // Fills a create description for the audio of one buffer of the resolution:
 // size 56; buffer size = channel count x GetAudioBytesPerChannel (0 when the
@@ -57,7 +57,7 @@ QXBASE_API void CopyAudioSamplesDescriptionToCreateAudioSamplesDescription(
 // the channel type, interleaved, 48000 Hz; a 16-bit container for up to 16
 // bits per sample, else 32; the bits per sample as given; the other members
 // zero.
-QXBASE_API void CopyResolutionToCreateAudioSamplesDescription(const SQxResolutionInfo& in_rsResolution,
+QXBASE_API void CopyResolutionToCreateAudioSamplesDescription(SQxResolutionInfo& in_rsResolution,
                                                               EQxChannelType in_eChannelType,
                                                               EQxAudioBitsPerSample in_eBitsPerSample,
                                                               SQxCreateAudioSamplesDescription& out_rsCreate);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -48,10 +50,42 @@ SQxCreateAudioSamplesDescription AudioFor(int in_iFrameRate, int in_iScanMode, i
 {
     SQxCreateAudioSamplesDescription sCreate;
     std::memset(&sCreate, 0xAB, sizeof(sCreate));
-    CopyResolutionToCreateAudioSamplesDescription(Resolution(1920, 1080, in_iFrameRate, in_iScanMode),
+    SQxResolutionInfo sResolution = Resolution(1920, 1080, in_iFrameRate, in_iScanMode);
+    CopyResolutionToCreateAudioSamplesDescription(sResolution,
                                                   static_cast<EQxChannelType>(in_iChannels),
                                                   static_cast<EQxAudioBitsPerSample>(in_iBits), sCreate);
     return sCreate;
+}
+
+// Modules built against the SDK's headers link to these functions by their
+// exported names, which carry the exact parameter types: only the resolution
+// of CopyResolutionToCreateSurfaceDescription is taken as const.
+TEST(FlexEngineHelperExports, FunctionsCarryTheSdkParameterTypes)
+{
+    static_assert(std::is_same<decltype(&CopySurfaceDescriptionToCreateSurfaceDescription),
+                               void (*)(SQxSurfaceDescription&, SQxCreateSurfaceDescription&)>::value,
+                  "surface copy");
+    static_assert(std::is_same<decltype(&CopyResolutionToCreateSurfaceDescription),
+                               HRESULT (*)(const SQxResolutionInfo&, SQxCreateSurfaceDescription&)>::value,
+                  "surface from a resolution");
+    static_assert(std::is_same<decltype(&CopyAudioSamplesDescriptionToCreateAudioSamplesDescription),
+                               void (*)(SQxAudioSamplesDescription&, SQxCreateAudioSamplesDescription&)>::value,
+                  "audio copy");
+    static_assert(std::is_same<decltype(&CopyResolutionToCreateAudioSamplesDescription),
+                               void (*)(SQxResolutionInfo&, EQxChannelType, EQxAudioBitsPerSample,
+                                        SQxCreateAudioSamplesDescription&)>::value,
+                  "audio from a resolution");
+    for (const char* pszName :
+         {"_ZN20NQxfFlexEngineHelper48CopySurfaceDescriptionToCreateSurfaceDescriptionER21SQxSurfaceDescription"
+          "R27SQxCreateSurfaceDescription",
+          "_ZN20NQxfFlexEngineHelper40CopyResolutionToCreateSurfaceDescriptionERK17SQxResolutionInfo"
+          "R27SQxCreateSurfaceDescription",
+          "_ZN20NQxfFlexEngineHelper58CopyAudioSamplesDescriptionToCreateAudioSamplesDescription"
+          "ER26SQxAudioSamplesDescriptionR32SQxCreateAudioSamplesDescription",
+          "_ZN20NQxfFlexEngineHelper45CopyResolutionToCreateAudioSamplesDescriptionER17SQxResolutionInfo"
+          "14EQxChannelType21EQxAudioBitsPerSampleR32SQxCreateAudioSamplesDescription"}) {
+        EXPECT_NE(nullptr, dlsym(RTLD_DEFAULT, pszName)) << pszName;
+    }
 }
 
 TEST(AudioBytesPerChannel, WholeTableForFramesAndFields)
@@ -171,7 +205,7 @@ SQxSurfaceDescription NumberedSurfaceDescription()
 
 TEST(CopySurfaceDescriptionToCreateSurfaceDescription, SharedRunsLandAtTheirPlaces)
 {
-    const SQxSurfaceDescription sDescription = NumberedSurfaceDescription();
+    SQxSurfaceDescription sDescription = NumberedSurfaceDescription();
     SQxCreateSurfaceDescription sCreate;
     std::memset(&sCreate, 0xCD, sizeof(sCreate));
     CopySurfaceDescriptionToCreateSurfaceDescription(sDescription, sCreate);
