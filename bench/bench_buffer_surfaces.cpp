@@ -6,8 +6,9 @@
 // stores, as libyuv writes. libyuv's packed conversions use their BT.601
 // constants: the work per pixel is the same whatever the constants.
 //
-// The ratios printed after the run are time(libyuv) / time(ours): above 1,
-// ours is faster.
+// The ratios printed after the run are time(libyuv) / time(ours), CPU time
+// of the benchmark's thread (the machine is shared): above 1, ours is
+// faster. Run with --benchmark_repetitions=N for medians.
 #include <benchmark/benchmark.h>
 
 #include <libyuv.h>
@@ -82,7 +83,7 @@ void RunLibyuv(benchmark::State& io_rState, EDirection in_e, bool in_bHeld, cons
 
 int main(int argc, char** argv)
 {
-    CQxBenchRatios oReporter;
+    CQxBenchRatios oReporter(true);
     for (const SResolution& rs : kasResolutions) {
         for (EDirection e : {keToRgba, keToYuyv}) {
             const std::string strWhat = std::string(e == keToRgba ? "YUYV->RGBA" : "RGBA->YUYV") + " " + rs.pszName;

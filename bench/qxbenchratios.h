@@ -13,6 +13,11 @@
 
 class CQxBenchRatios : public benchmark::ConsoleReporter {
 public:
+    // With in_bCpuTime, the ratios use the CPU time of the benchmark's
+    // thread: on a shared machine, single-thread kernels are then measured
+    // without the time other processes take the core away.
+    explicit CQxBenchRatios(bool in_bCpuTime = false) : m_bCpuTime(in_bCpuTime) {}
+
     // After the run, prints time(subject) / time(reference) per iteration.
     void Compare(const std::string& in_strSubject, const std::string& in_strReference, const std::string& in_strNote)
     {
@@ -27,10 +32,10 @@ public:
                 continue;
             const std::string strName = oRun.run_name.str();
             if (oRun.run_type == Run::RT_Aggregate && oRun.aggregate_name == "median") {
-                m_mapTimes[strName] = oRun.GetAdjustedRealTime();
+                m_mapTimes[strName] = Time(oRun);
                 m_mapMedian[strName] = true;
             } else if (oRun.run_type == Run::RT_Iteration && m_mapMedian.count(strName) == 0) {
-                m_mapTimes[strName] = oRun.GetAdjustedRealTime();
+                m_mapTimes[strName] = Time(oRun);
             }
         }
         ConsoleReporter::ReportRuns(in_vecRuns);
@@ -39,7 +44,7 @@ public:
     void Finalize() override
     {
         ConsoleReporter::Finalize();
-        std::printf("\nMeasured in this run (time per iteration, subject / reference):\n");
+        std::printf("\nMeasured in this run (%s time per iteration, subject / reference):\n", m_bCpuTime ? "CPU" : "real");
         for (const SComparison& sComparison : m_vecComparisons) {
             auto itSubject = m_mapTimes.find(sComparison.strSubject);
             auto itReference = m_mapTimes.find(sComparison.strReference);
@@ -51,9 +56,15 @@ public:
     }
 
 private:
+    double Time(const Run& in_oRun) const
+    {
+        return m_bCpuTime ? in_oRun.GetAdjustedCPUTime() : in_oRun.GetAdjustedRealTime();
+    }
+
     struct SComparison {
         std::string strSubject, strReference, strNote;
     };
+    bool m_bCpuTime;
     std::map<std::string, double> m_mapTimes;
     std::map<std::string, bool> m_mapMedian;
     std::vector<SComparison> m_vecComparisons;
