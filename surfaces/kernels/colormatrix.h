@@ -2,10 +2,12 @@
 // scalar and an SSE2 form with the same integer (or IEEE single) operations,
 // so that the two give identical bytes:
 //  - TXYccToRgb8: YCbCr (10-bit scale) to 8-bit RGB, 16-bit fixed point;
+//    TXPacked422ToRgb8 the same straight from packed 8-bit YUYV or 2VUY;
 //  - TXYccToRgbDeep: YCbCr to 8-, 10-, 12- or 16-bit RGB, exact 32-bit sums
 //    scaled in single precision;
 //  - TXRgbToYcc and TFilterStage: 8-bit RGB to YCbCr, exact 32-bit sums,
-//    plain or with the five-tap chroma filter;
+//    plain or with the five-tap chroma filter; TXRgb8ToPacked422 the same
+//    between packed 8-bit RGBA or BGRA and YUYV or 2VUY;
 //  - TInterpStage: 4:2:2 to RGB with interpolated chroma;
 //  - TXRgbRange8: 8-bit RGB between video and graphics levels;
 //  - TXRgbMap: a linear map of RGB values (depth and level changes beyond
