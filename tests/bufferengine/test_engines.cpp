@@ -511,6 +511,45 @@ TEST_F(Engines, TwoThreadsOnOneAsynchronousEngineBothCopyAndTheWaiterIsTold)
     EXPECT_EQ(m_pAsync->CopySurface(pSecondSource.get(), &s, pFirstDestination.get(), &s, keQxFilterModeNearest), S_OK);
 }
 
+TEST_F(Engines, AFailedCopyStillLetsTheWaitingCallerIn)
+{
+    std::mt19937 oRandom = SeededRandom("Engines.FailedCopyLetsIn");
+    auto pV210 = Allocate(Describe(keQxSurfaceFormatV210, 10, 96, 16));
+    auto pYuva = Allocate(Describe(keQxSurfaceFormatYUAYVA4224, 8, 96, 16));  // no route from v210
+    auto pSource = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 96, 16));
+    auto pDestination = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 96, 16));
+    FillRandomPixels(pSource.get(), oRandom);
+    CHeldSurface* pHeld = new CHeldSurface(pV210.get());
+    CQxcBufferEngine* pEngine = static_cast<CQxcBufferEngine*>(m_pAsync.get());
+    SQxRect s = Whole(pSource.get());
+    HRESULT hrFirst = S_OK, hrSecond = E_FAIL;
+    std::thread oFirst([&] {
+        SQxRect r = s;
+        hrFirst = m_pAsync->CopySurface(pHeld, &r, pYuva.get(), &r, keQxFilterModeNearest);
+    });
+    ASSERT_TRUE(pV210->GetContent()->WaitForSignal(keQxcContentSignalRead, 1, 10000));
+    std::thread oSecond([&] {
+        SQxRect r = s;
+        hrSecond = m_pAsync->CopySurface(pSource.get(), &r, pDestination.get(), &r, keQxFilterModeNearest);
+    });
+    while (pEngine->GetOperationsInFlight() < 2) std::this_thread::yield();
+    pHeld->Let();
+    oFirst.join();
+    oSecond.join();
+    EXPECT_EQ(hrFirst, QX_E_CONVERSION_NOT_ALLOWED);
+    EXPECT_EQ(hrSecond, QX_E_OPERATION_REFUSED);
+    EXPECT_EQ(0, std::memcmp(pSource->GetBuffer(), pDestination->GetBuffer(), pSource->GetBufferSize()));
+    // The failure went to both contents of the refused copy.
+    for (CQxcHostSurface* p : {pV210.get(), pYuva.get()}) {
+        HRESULT hrContent = S_OK;
+        p->GetContent()->GetErrorCode(&hrContent);
+        EXPECT_EQ(hrContent, QX_E_CONVERSION_NOT_ALLOWED);
+        EXPECT_EQ(p->GetLockCount(), 0);
+    }
+    EXPECT_EQ(pEngine->GetOperationsInFlight(), 0);
+    pHeld->NonDelegatingRelease();
+}
+
 }  // namespace
 
 namespace {
