@@ -328,6 +328,20 @@ TEST_F(Conversions, RectanglesWeaveAndLinesWhoseBlocksWouldPassTheBuffer)
         EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pFrame->GetBuffer()));
     }
     {
+        // The same through the RGB path: stored RGBA fields into a YUYV frame.
+        const SFormat& sRgba = kasRgbFormats[0];
+        auto pStored = Allocate(DescribeFormat(sRgba, 320, 64, keQxPolarityBackToBack));
+        auto pFrame = Allocate(DescribeFormat(sYuyv, 320, 64, keQxPolarityProgressive));
+        FillRandomPixels(pStored.get(), oRandom);
+        FillRandomPixels(pFrame.get(), oRandom);
+        const std::vector<uint8_t> vBefore(pFrame->GetBuffer(), pFrame->GetBuffer() + pFrame->GetBufferSize());
+        SQxRect s{0, 16, 320, 64};
+        ASSERT_EQ(ms_pAsync->CopySurface(pStored.get(), &s, pFrame.get(), &s, keQxFilterModeNearest), S_OK);
+        const auto vExpected =
+            ReferenceCopy(pStored.get(), s, vBefore, pFrame->GetDescription(), s, sRgba, sYuyv, true);
+        EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pFrame->GetBuffer()));
+    }
+    {
         // Lines of exactly 40 pixels (80 bytes) in memory with nothing after
         // the last one: the last block of every line would pass the line, so
         // those lines are staged; only the line's bytes are written.
