@@ -162,20 +162,14 @@ void CQxcBufferEngine::Complete(uint32_t in_uiFailures, TUnlock in_fnUnlock)
 HRESULT CQxcBufferEngine::Fail(HRESULT in_hrError, int in_iArgument, const char* in_pszOperation)
 {
     Leave();
-    NQxcLogger::Log(in_iArgument, NQxcLogger::kiLevelError, "        qxcBufferEngine:%s Failed. Error = 0x%x",
-                    in_pszOperation, unsigned(in_hrError));
+    NQxcEngineFrame::LogResult(in_iArgument, in_pszOperation, in_hrError);
     return in_hrError;
 }
 
 HRESULT CQxcBufferEngine::Finish(HRESULT in_hrResult, int in_iArgument, const char* in_pszOperation)
 {
     if (!m_bNotRefused.load(std::memory_order_relaxed)) in_hrResult = QX_E_OPERATION_REFUSED;
-    if (FAILED(in_hrResult)) {
-        NQxcLogger::Log(in_iArgument, NQxcLogger::kiLevelError, "        qxcBufferEngine:%s Failed. Error = 0x%x",
-                        in_pszOperation, unsigned(in_hrResult));
-        return in_hrResult;
-    }
-    NQxcLogger::Log(in_iArgument, NQxcLogger::kiLevelInfo, "        qxcBufferEngine:%s Successful", in_pszOperation);
+    NQxcEngineFrame::LogResult(in_iArgument, in_pszOperation, in_hrResult);
     return in_hrResult;
 }
 

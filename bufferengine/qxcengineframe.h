@@ -5,6 +5,8 @@
 #include <qxbase/qxdescriptions.h>
 #include <qxbase/qxsync.h>
 
+#include "bufferengine/qxclogger.h"
+
 #include <new>
 
 namespace NQxcEngineFrame {
@@ -55,6 +57,18 @@ inline EQxFilterMode FilterOf(EQxFilterMode in_eFilter, const SQxConversionOptio
     if (fnValid(in_eFilter)) return in_eFilter;
     if (in_psOptions && fnValid(in_psOptions->eDefaultFilterMode)) return in_psOptions->eDefaultFilterMode;
     return keQxFilterModeNearest;
+}
+
+// The line an operation ends with: "        qxcBufferEngine:<operation>
+// Successful" at the info level, or "... Failed. Error = 0x..." at the error
+// level.
+inline void LogResult(int in_iArgument, const char* in_pszOperation, HRESULT in_hrResult)
+{
+    if (SUCCEEDED(in_hrResult))
+        NQxcLogger::Log(in_iArgument, NQxcLogger::kiLevelInfo, "        qxcBufferEngine:%s Successful", in_pszOperation);
+    else
+        NQxcLogger::Log(in_iArgument, NQxcLogger::kiLevelError, "        qxcBufferEngine:%s Failed. Error = 0x%x",
+                        in_pszOperation, unsigned(in_hrResult));
 }
 
 }  // namespace NQxcEngineFrame

@@ -97,19 +97,29 @@ HRESULT CQxcSyncBufferEngine::SynchronousCopySurface()
     return (FAILED(hr) || m_oCopyService.GetErrorCount() != 0) ? QX_E_OPERATION_FAILED : S_OK;
 }
 
+bool CQxcSyncBufferEngine::Enter(int in_iArgument, const char* in_pszOperation)
+{
+    if (m_i32InFlight.fetch_add(1) + 1 <= 1) return true;
+    m_bNotRefused.store(false, std::memory_order_relaxed);
+    NQxcEngineFrame::LogResult(in_iArgument, in_pszOperation, QX_E_OPERATION_REFUSED);
+    m_i32InFlight.fetch_sub(1);
+    return false;
+}
+
+HRESULT CQxcSyncBufferEngine::Leave(HRESULT in_hrResult, int in_iArgument, const char* in_pszOperation)
+{
+    NQxcEngineFrame::LogResult(in_iArgument, in_pszOperation, in_hrResult);
+    m_i32InFlight.fetch_sub(1);
+    return in_hrResult;
+}
+
 HRESULT CQxcSyncBufferEngine::SyncCopySurface(IQxSurface* in_pSource, SQxRect* in_psSourceRect,
                                               IQxSurface* in_pDestination, SQxRect* in_psDestinationRect,
                                               EQxFilterMode in_eFilter)
 {
     m_bNotRefused.store(true, std::memory_order_relaxed);
     CQxAutoLock oLock(&m_oLock);
-    if (m_i32InFlight.fetch_add(1) + 1 > 1) {
-        m_bNotRefused.store(false, std::memory_order_relaxed);
-        NQxcLogger::Log(2, NQxcLogger::kiLevelError, "        qxcBufferEngine:CopySurface Failed. Error = 0x%x",
-                        unsigned(QX_E_OPERATION_REFUSED));
-        m_i32InFlight.fetch_sub(1);
-        return QX_E_OPERATION_REFUSED;
-    }
+    if (!Enter(2, "CopySurface")) return QX_E_OPERATION_REFUSED;
     // The count stays raised on this path: the engine refuses from now on.
     if (!in_pSource || !in_pDestination) return QX_E_INVALID_POINTER;
     m_pSource = in_pSource;
@@ -121,13 +131,7 @@ HRESULT CQxcSyncBufferEngine::SyncCopySurface(IQxSurface* in_pSource, SQxRect* i
                                                                 m_bPlainCopy);
     if (SUCCEEDED(hr)) hr = SynchronousCopySurface();
     m_pSource = m_pDestination = nullptr;
-    if (hr == S_OK)
-        NQxcLogger::Log(2, NQxcLogger::kiLevelInfo, "        qxcBufferEngine:CopySurface Successful");
-    else
-        NQxcLogger::Log(2, NQxcLogger::kiLevelError, "        qxcBufferEngine:CopySurface Failed. Error = 0x%x",
-                        unsigned(hr));
-    m_i32InFlight.fetch_sub(1);
-    return hr;
+    return Leave(hr, 2, "CopySurface");
 }
 
 HRESULT CQxcSyncBufferEngine::SynchronousClearSurface()
@@ -142,13 +146,7 @@ HRESULT CQxcSyncBufferEngine::SyncClearSurface(IQxSurface* in_pSurface, EQxColor
 {
     m_bNotRefused.store(true, std::memory_order_relaxed);
     CQxAutoLock oLock(&m_oLock);
-    if (m_i32InFlight.fetch_add(1) + 1 > 1) {
-        m_bNotRefused.store(false, std::memory_order_relaxed);
-        NQxcLogger::Log(3, NQxcLogger::kiLevelError, "        qxcBufferEngine:ClearSurface Failed. Error = 0x%x",
-                        unsigned(QX_E_OPERATION_REFUSED));
-        m_i32InFlight.fetch_sub(1);
-        return QX_E_OPERATION_REFUSED;
-    }
+    if (!Enter(3, "ClearSurface")) return QX_E_OPERATION_REFUSED;
     if (!in_pSurface) return QX_E_INVALID_POINTER;
     m_pClearSurface = in_pSurface;
     HRESULT hr = m_oClearService.ValidateAndInitializeClearParams(in_pSurface, in_eColor, in_fAlpha);
@@ -159,11 +157,5 @@ HRESULT CQxcSyncBufferEngine::SyncClearSurface(IQxSurface* in_pSurface, EQxColor
         hr = SynchronousClearSurface();
     }
     m_pClearSurface = nullptr;
-    if (hr == S_OK)
-        NQxcLogger::Log(3, NQxcLogger::kiLevelInfo, "        qxcBufferEngine:ClearSurface Successful");
-    else
-        NQxcLogger::Log(3, NQxcLogger::kiLevelError, "        qxcBufferEngine:ClearSurface Failed. Error = 0x%x",
-                        unsigned(hr));
-    m_i32InFlight.fetch_sub(1);
-    return hr;
+    return Leave(hr, 3, "ClearSurface");
 }

@@ -115,6 +115,11 @@ public:
 private:
     HRESULT SynchronousCopySurface();
     HRESULT SynchronousClearSurface();
+    // Takes the in-flight count; false, with the refusal logged, for a call
+    // nested in one in progress.
+    bool Enter(int in_iArgument, const char* in_pszOperation);
+    // Logs the result of an admitted call and gives its count back.
+    HRESULT Leave(HRESULT in_hrResult, int in_iArgument, const char* in_pszOperation);
 
     SQxConversionOptions* m_psOptions;
     CQxcBufferCopyService m_oCopyService;

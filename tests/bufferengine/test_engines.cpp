@@ -10,6 +10,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -470,6 +471,21 @@ private:
     bool m_bReleased = false;
 };
 
+// Runs in_fnFirst on a thread and holds it inside its lock of in_pHeld
+// until in_fnSecond, started on another thread, waits for its turn; then
+// lets both finish.
+void RunSecondBehindFirst(CQxcBufferEngine* in_pEngine, CHeldSurface* in_pHeld, CQxcHostSurface* in_pHeldInner,
+                          const std::function<void()>& in_fnFirst, const std::function<void()>& in_fnSecond)
+{
+    std::thread oFirst(in_fnFirst);
+    ASSERT_TRUE(in_pHeldInner->GetContent()->WaitForSignal(keQxcContentSignalRead, 1, 10000));
+    std::thread oSecond(in_fnSecond);
+    while (in_pEngine->GetOperationsInFlight() < 2) std::this_thread::yield();
+    in_pHeld->Let();
+    oFirst.join();
+    oSecond.join();
+}
+
 TEST_F(Engines, TwoThreadsOnOneAsynchronousEngineBothCopyAndTheWaiterIsTold)
 {
     std::mt19937 oRandom = SeededRandom("Engines.TwoThreads");
@@ -483,19 +499,17 @@ TEST_F(Engines, TwoThreadsOnOneAsynchronousEngineBothCopyAndTheWaiterIsTold)
     CQxcBufferEngine* pEngine = static_cast<CQxcBufferEngine*>(m_pAsync.get());
     SQxRect s = Whole(pFirstSource.get());
     HRESULT hrFirst = E_FAIL, hrSecond = E_FAIL;
-    std::thread oFirst([&] {
-        SQxRect r = s;
-        hrFirst = m_pAsync->CopySurface(pHeld, &r, pFirstDestination.get(), &r, keQxFilterModeNearest);
-    });
-    ASSERT_TRUE(pFirstSource->GetContent()->WaitForSignal(keQxcContentSignalRead, 1, 10000));
-    std::thread oSecond([&] {
-        SQxRect r = s;
-        hrSecond = m_pAsync->CopySurface(pSecondSource.get(), &r, pSecondDestination.get(), &r, keQxFilterModeNearest);
-    });
-    while (pEngine->GetOperationsInFlight() < 2) std::this_thread::yield();
-    pHeld->Let();
-    oFirst.join();
-    oSecond.join();
+    RunSecondBehindFirst(
+        pEngine, pHeld, pFirstSource.get(),
+        [&] {
+            SQxRect r = s;
+            hrFirst = m_pAsync->CopySurface(pHeld, &r, pFirstDestination.get(), &r, keQxFilterModeNearest);
+        },
+        [&] {
+            SQxRect r = s;
+            hrSecond =
+                m_pAsync->CopySurface(pSecondSource.get(), &r, pSecondDestination.get(), &r, keQxFilterModeNearest);
+        });
     // The waiter reports that it waited, and so does the copy it waited for
     // (the flag it cleared is the engine's).
     EXPECT_EQ(hrSecond, QX_E_OPERATION_REFUSED);
@@ -523,19 +537,16 @@ TEST_F(Engines, AFailedCopyStillLetsTheWaitingCallerIn)
     CQxcBufferEngine* pEngine = static_cast<CQxcBufferEngine*>(m_pAsync.get());
     SQxRect s = Whole(pSource.get());
     HRESULT hrFirst = S_OK, hrSecond = E_FAIL;
-    std::thread oFirst([&] {
-        SQxRect r = s;
-        hrFirst = m_pAsync->CopySurface(pHeld, &r, pYuva.get(), &r, keQxFilterModeNearest);
-    });
-    ASSERT_TRUE(pV210->GetContent()->WaitForSignal(keQxcContentSignalRead, 1, 10000));
-    std::thread oSecond([&] {
-        SQxRect r = s;
-        hrSecond = m_pAsync->CopySurface(pSource.get(), &r, pDestination.get(), &r, keQxFilterModeNearest);
-    });
-    while (pEngine->GetOperationsInFlight() < 2) std::this_thread::yield();
-    pHeld->Let();
-    oFirst.join();
-    oSecond.join();
+    RunSecondBehindFirst(
+        pEngine, pHeld, pV210.get(),
+        [&] {
+            SQxRect r = s;
+            hrFirst = m_pAsync->CopySurface(pHeld, &r, pYuva.get(), &r, keQxFilterModeNearest);
+        },
+        [&] {
+            SQxRect r = s;
+            hrSecond = m_pAsync->CopySurface(pSource.get(), &r, pDestination.get(), &r, keQxFilterModeNearest);
+        });
     EXPECT_EQ(hrFirst, QX_E_CONVERSION_NOT_ALLOWED);
     EXPECT_EQ(hrSecond, QX_E_OPERATION_REFUSED);
     EXPECT_EQ(0, std::memcmp(pSource->GetBuffer(), pDestination->GetBuffer(), pSource->GetBufferSize()));
