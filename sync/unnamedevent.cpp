@@ -34,7 +34,7 @@ void g_get_timeout_value(unsigned long in_ulMilliseconds, timespec& out_sTime)
     }
 }
 
-SQxCondition::SQxCondition() : m_pPulsedBy(nullptr)
+SQxCondition::SQxCondition()
 {
     if (pthread_mutex_init(&m_oMutex, nullptr) != 0)
         throw "SQxCondition() - pthread_mutex_init failed\n";
@@ -106,7 +106,8 @@ long ClampedMilliseconds(unsigned long in_ulMilliseconds)
 
 }  // namespace
 
-CQxUnnamedEvent::CQxUnnamedEvent(bool in_bManualReset) : m_i32State(0), m_bManualReset(in_bManualReset)
+CQxUnnamedEvent::CQxUnnamedEvent(bool in_bManualReset)
+    : m_i32State(0), m_ui64Pulses(0), m_bManualReset(in_bManualReset)
 {
     if (pthread_mutex_init(&m_oListMutex, nullptr) != 0)
         throw "CQxUnnamedEvent::CQxUnnamedEvent() -> pthread_mutex_init failed";
@@ -186,16 +187,17 @@ bool CQxUnnamedEvent::ConsumeSignal()
     return bTaken;
 }
 
-bool CQxUnnamedEvent::_IsReleased(const SQxCondition& in_sCondition)
+bool CQxUnnamedEvent::IsSignalledFor(uint64_t in_ui64PulseCountAtRegistration)
 {
-    return in_sCondition.m_pPulsedBy == this || ConsumeSignal();
+    return m_ui64Pulses.load(std::memory_order_relaxed) != in_ui64PulseCountAtRegistration ||
+           ConsumeSignal();
 }
 
 bool CQxUnnamedEvent::Wait(unsigned long in_ulMilliseconds)
 {
     SQxCondition sCondition;
     SQxSynchroObject sRecord = {nullptr, nullptr, &sCondition};
-    AddSynchroObject(&sRecord);
+    const uint64_t ui64Registered = RegisterWaiter(&sRecord);
     QX_SYNC_DELAY_POINT(keQxDelayWaitRegistered, this);
 
     const bool bInfinite = in_ulMilliseconds == kulQxInfinite;
@@ -204,7 +206,7 @@ bool CQxUnnamedEvent::Wait(unsigned long in_ulMilliseconds)
 
     pthread_mutex_lock(&sCondition.m_oMutex);
     for (;;) {
-        if (_IsReleased(sCondition)) {
+        if (IsSignalledFor(ui64Registered)) {
             pthread_mutex_unlock(&sCondition.m_oMutex);
             RemoveSynchroObject(&sRecord);
             return true;
@@ -217,13 +219,14 @@ bool CQxUnnamedEvent::Wait(unsigned long in_ulMilliseconds)
         if (iResult == ETIMEDOUT) {
             pthread_mutex_unlock(&sCondition.m_oMutex);
             QX_SYNC_DELAY_POINT(keQxDelayWaitTimedOut, this);
-            RemoveSynchroObject(&sRecord);
+            // Only a pulse that found this waiter still registered counts.
+            const uint64_t ui64Removed = _Unregister(&sRecord);
             // A Set that came between the time-out and the removal signalled
             // only this (oldest) waiter; consuming it here keeps it from being
             // lost while a later waiter sleeps on a set event. Unregistered
             // now, nothing else can signal this waiter.
             pthread_mutex_lock(&sCondition.m_oMutex);
-            bool bReleased = _IsReleased(sCondition);
+            bool bReleased = ui64Removed != ui64Registered || ConsumeSignal();
             pthread_mutex_unlock(&sCondition.m_oMutex);
             return bReleased;
         }
@@ -249,11 +252,10 @@ bool CQxUnnamedEvent::Pulse()
     }
     {
         CWaiterMutexes oLocked(m_lstWaiters, this);
+        m_ui64Pulses.fetch_add(1, std::memory_order_relaxed);
         _StoreState(1);
-        for (SQxSynchroObject* pRecord : m_lstWaiters) {
-            pRecord->m_pCondition->m_pPulsedBy = this;
+        for (SQxSynchroObject* pRecord : m_lstWaiters)
             pthread_cond_signal(&pRecord->m_pCondition->m_oCondition);
-        }
     }
     int iResult = 0;
     while (!m_lstWaiters.empty()) {
@@ -269,14 +271,26 @@ bool CQxUnnamedEvent::Pulse()
 
 void CQxUnnamedEvent::AddSynchroObject(SQxSynchroObject* in_pSynchro)
 {
+    RegisterWaiter(in_pSynchro);
+}
+
+uint64_t CQxUnnamedEvent::RegisterWaiter(SQxSynchroObject* in_pSynchro)
+{
     pthread_mutex_lock(&m_oPulseMutex);
     pthread_mutex_lock(&m_oListMutex);
     m_lstWaiters.push_back(in_pSynchro);
+    const uint64_t ui64Pulses = m_ui64Pulses.load(std::memory_order_relaxed);
     pthread_mutex_unlock(&m_oListMutex);
     pthread_mutex_unlock(&m_oPulseMutex);
+    return ui64Pulses;
 }
 
 void CQxUnnamedEvent::RemoveSynchroObject(SQxSynchroObject* in_pSynchro)
+{
+    _Unregister(in_pSynchro);
+}
+
+uint64_t CQxUnnamedEvent::_Unregister(SQxSynchroObject* in_pSynchro)
 {
     pthread_mutex_lock(&m_oListMutex);
     m_lstWaiters.remove(in_pSynchro);
@@ -292,5 +306,7 @@ void CQxUnnamedEvent::RemoveSynchroObject(SQxSynchroObject* in_pSynchro)
         pthread_cond_signal(&pNext->m_oCondition);
         pthread_mutex_unlock(&pNext->m_oMutex);
     }
+    const uint64_t ui64Pulses = m_ui64Pulses.load(std::memory_order_relaxed);
     pthread_mutex_unlock(&m_oListMutex);
+    return ui64Pulses;
 }

@@ -43,15 +43,14 @@ struct QXBASE_API SQxCondition {
 
     pthread_mutex_t m_oMutex;
     pthread_cond_t m_oCondition;
-    // The event that pulsed this waiter, written by Pulse under m_oMutex. A
-    // pulsed waiter is released even when the event is reset again before it
-    // gets to test the state, so a pulse can always collect its waiters.
-    const CQxUnnamedEvent* m_pPulsedBy;
 
 private:
     SQxCondition(const SQxCondition&) = delete;
     SQxCondition& operator=(const SQxCondition&) = delete;
 };
+// Waiters built separately bring their own conditions: the layout is binding.
+static_assert(sizeof(SQxCondition) == sizeof(pthread_mutex_t) + sizeof(pthread_cond_t),
+              "SQxCondition is a mutex followed by a condition");
 
 // The record a waiter registers with each event it waits on. The event reads
 // only m_pCondition; the first two fields are the waiter's bookkeeping. The
@@ -100,22 +99,37 @@ public:
     // Removes every registration of the record.
     void RemoveSynchroObject(SQxSynchroObject* in_pSynchro);
 
+    // Registers like AddSynchroObject and returns the event's pulse count at
+    // that moment, for IsSignalledFor.
+    uint64_t RegisterWaiter(SQxSynchroObject* in_pSynchro);
+
     // For a waiter that holds its condition mutex: true when the event is
     // signalled for it. On an auto-reset event the state is tested and
     // cleared in one step under the state mutex, so two waiters that both saw
     // the event set can never both take the same Set.
     bool ConsumeSignal();
+    // The same for a waiter registered with RegisterWaiter: a Pulse since the
+    // registration releases it even when the event was reset again before
+    // the waiter got to test the state, so a pulse always collects its
+    // waiters.
+    bool IsSignalledFor(uint64_t in_ui64PulseCountAtRegistration);
 
 private:
     CQxUnnamedEvent(const CQxUnnamedEvent&) = delete;
     CQxUnnamedEvent& operator=(const CQxUnnamedEvent&) = delete;
 
     void _StoreState(int32_t in_i32State);
-    bool _IsReleased(const SQxCondition& in_sCondition);
+    // Removes the record and returns the pulse count at the removal.
+    uint64_t _Unregister(SQxSynchroObject* in_pSynchro);
 
     // Written under the state mutex; read without a lock by IsSet, hence
     // atomic (relaxed: the mutexes order everything else).
     std::atomic<int32_t> m_i32State;
+    // Pulses so far; changed under the list mutex while every waiter's
+    // condition mutex is held, so a registered waiter reads it safely under
+    // its own mutex. Kept in the event, not in the waiters' conditions,
+    // whose layout other modules share.
+    std::atomic<uint64_t> m_ui64Pulses;
     const bool m_bManualReset;
     std::list<SQxSynchroObject*> m_lstWaiters;
     pthread_mutex_t m_oListMutex;

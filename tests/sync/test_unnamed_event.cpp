@@ -191,13 +191,14 @@ TEST(UnnamedEventWaiters, RemovingARecordRemovesEveryRegistration)
     CQxUnnamedEvent oEvent(true);
     SQxCondition sCondition;
     SQxSynchroObject sRecord = {nullptr, nullptr, &sCondition};
-    oEvent.AddSynchroObject(&sRecord);
+    const uint64_t ui64At = oEvent.RegisterWaiter(&sRecord);
     oEvent.AddSynchroObject(&sRecord);
     oEvent.RemoveSynchroObject(&sRecord);
     std::thread oPulser([&] { EXPECT_TRUE(oEvent.Pulse()); });
     qxJoinWithin(oPulser, 10, "Pulse after removal");
     EXPECT_FALSE(oEvent.IsSet());
-    EXPECT_EQ(nullptr, sCondition.m_pPulsedBy);
+    // The pulse found no waiter, so it released nobody.
+    EXPECT_FALSE(oEvent.IsSignalledFor(ui64At));
 }
 
 TEST(UnnamedEventMultiWait, AnyOfSeveralEventsReleasesTheWaiter)

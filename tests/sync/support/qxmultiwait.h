@@ -19,7 +19,7 @@ public:
     // Registration order decides the waiter's place in each event's list.
     void Register(CQxUnnamedEvent* in_pEvent)
     {
-        in_pEvent->AddSynchroObject(&m_sRecord);
+        m_vecRegisteredAt.push_back(in_pEvent->RegisterWaiter(&m_sRecord));
         m_vecEvents.push_back(in_pEvent);
     }
 
@@ -27,6 +27,7 @@ public:
     {
         for (CQxUnnamedEvent* pEvent : m_vecEvents) pEvent->RemoveSynchroObject(&m_sRecord);
         m_vecEvents.clear();
+        m_vecRegisteredAt.clear();
     }
 
     // Index (in registration order) of the event that released the waiter,
@@ -56,7 +57,7 @@ private:
     int Fired()
     {
         for (size_t i = 0; i < m_vecEvents.size(); ++i)
-            if (m_sCondition.m_pPulsedBy == m_vecEvents[i] || m_vecEvents[i]->ConsumeSignal())
+            if (m_vecEvents[i]->IsSignalledFor(m_vecRegisteredAt[i]))
                 return static_cast<int>(i);
         return -1;
     }
@@ -64,6 +65,7 @@ private:
     SQxCondition m_sCondition;
     SQxSynchroObject m_sRecord;
     std::vector<CQxUnnamedEvent*> m_vecEvents;
+    std::vector<uint64_t> m_vecRegisteredAt;
 };
 
 // The whole wait: register with every event, wait, unregister. in_fnRegistered,
