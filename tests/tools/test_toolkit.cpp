@@ -1,6 +1,7 @@
 // The pieces of the picture tools that can go wrong on their own: the
 // command-line vocabulary, the test patterns (against published bar codes
 // and FFmpeg's v210 decoder), PNG output and raw frame files.
+#include "tools/common/qxtoolchart.h"
 #include "tools/common/qxtoolerror.h"
 #include "tools/common/qxtoolformats.h"
 #include "tools/common/qxtoolpattern.h"
@@ -17,6 +18,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <csignal>
 
 #include <cstdio>
@@ -435,6 +438,63 @@ TEST(ToolPng, NumberedNames)
         EXPECT_EQ(Thrown([&] { HasNumberField(psz); }).GetStatus(), keExitUsage) << psz;
 }
 
+// --- Charts -----------------------------------------------------------------
+
+// Pixels of one colour along a line of the image, from x on.
+uint32_t RunOfColor(const SQxToolImage& in_r, uint32_t in_uiX, uint32_t in_uiY, const uint8_t in_aucRgb[3])
+{
+    uint32_t n = 0;
+    const uint8_t* puc = in_r.vecPixels.data() + in_uiY * in_r.RowBytes();
+    while (in_uiX + n < in_r.uiWidth && std::equal(in_aucRgb, in_aucRgb + 3, puc + 3 * (in_uiX + n))) ++n;
+    return n;
+}
+
+// How far a bar reaches from the axis: its last pixel on the line (the
+// reference line may cross it).
+uint32_t BarLength(const SQxToolImage& in_r, const SQxToolChartLayout& in_rs, uint32_t in_uiY, const uint8_t in_aucRgb[3])
+{
+    const uint8_t* puc = in_r.vecPixels.data() + in_uiY * in_r.RowBytes();
+    uint32_t uiLast = in_rs.uiPlotLeft;
+    for (uint32_t x = in_rs.uiPlotLeft + 1; x < in_r.uiWidth; ++x)
+        if (std::equal(in_aucRgb, in_aucRgb + 3, puc + 3 * x)) uiLast = x;
+    return uiLast - in_rs.uiPlotLeft;
+}
+
+TEST(ToolChart, BarsAreAsLongAsTheirValuesAndMissingOnesAreLeftOut)
+{
+    SQxToolChart sChart;
+    sChart.strTitle = "test";
+    sChart.vecSeries = {"one", "two"};
+    sChart.vecRows = {{"first", {1.0, 0.5}}, {"second", {2.25, NAN}}};
+    SQxToolChartLayout s;
+    const SQxToolImage sImage = DrawChart(sChart, &s);
+    ASSERT_EQ(sImage.uiChannels, 3u);
+    EXPECT_GE(s.dAxisMax, 2.25) << "the axis holds the largest value";
+    EXPECT_LT(s.dAxisMax, 2.25 * 1.5) << "without wasting the plot";
+    uint8_t aucOne[3], aucTwo[3];
+    SeriesColor(0, aucOne);
+    SeriesColor(1, aucTwo);
+    auto Expected = [&](double d) { return uint32_t(std::lround(d / s.dAxisMax * s.uiPlotWidth)); };
+    const uint32_t uiMiddle = s.uiBarHeight / 2;
+    EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + uiMiddle, aucOne), Expected(1.0) - 1) << "up to the red line";
+    EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + s.uiBarStep + uiMiddle, aucTwo), Expected(0.5));
+    EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + s.uiRowStep + uiMiddle, aucOne), Expected(2.25));
+    EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + s.uiRowStep + s.uiBarStep + uiMiddle, aucTwo), 0u);
+    // The reference line crosses the plot at 1.
+    const uint8_t aucRed[3] = {200, 30, 30};
+    EXPECT_EQ(RunOfColor(sImage, s.uiPlotLeft + Expected(1.0), s.uiFirstBar + s.uiRowStep - 4, aucRed), 2u);
+
+    // Text: glyphs in their cells, unknown characters as boxes.
+    SQxToolImage sText;
+    sText.Allocate(TextWidth("1?", 1), 7, 3, 8);
+    const uint8_t aucInk[3] = {1, 2, 3};
+    DrawText(sText, 0, 0, "1\x7f", 1, aucInk);
+    EXPECT_EQ(TextWidth("1?", 1), 11u);
+    EXPECT_EQ(RunOfColor(sText, 1, 6, aucInk), 3u) << "the foot of the 1";
+    EXPECT_EQ(RunOfColor(sText, 6, 0, aucInk), 5u) << "the top of the box";
+    EXPECT_EQ(RunOfColor(sText, 6, 3, aucInk), 1u);
+}
+
 // --- Raw frame files --------------------------------------------------------
 
 TEST(ToolRawFiles, FramesWithPaddedPitchReadIntoPictures)
@@ -466,6 +526,14 @@ TEST(ToolRawFiles, FramesWithPaddedPitchReadIntoPictures)
     const std::vector<uint8_t> vecExpected = {24, 25, 26, 27, 28, 0, 0, 32, 33, 34, 35, 36, 0, 0,
                                               40, 41, 42, 43, 44, 0, 0, 24, 25, 26, 27, 28};
     EXPECT_EQ(vecOut, vecExpected);
+
+    // A writer that is never closed belongs to failed work: its file goes.
+    {
+        CQxToolRawWriter oWriter(oDir.File("failed.raw"));
+        oWriter.WriteFrame(vecPicture.data(), 6, SQxToolRawLayout{5, 5, 1});
+    }
+    struct stat st;
+    EXPECT_NE(stat(oDir.File("failed.raw").c_str(), &st), 0);
 
     // --frames takes the first frames of a file with more.
     CQxToolRawReader oFirst(oDir.File("in.raw"), sLayout, 1, "test");

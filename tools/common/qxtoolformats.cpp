@@ -249,20 +249,12 @@ std::vector<std::string> SplitList(const std::string& in_strText, const char* in
     }
 }
 
-SQxSurfaceDescription Describe(const SQxToolFormat& in_rsFormat, uint32_t in_uiWidth, uint32_t in_uiHeight,
-                               EQxColorimetry in_eColorimetry, int32_t in_iPitch)
+SQxSurfaceDescription SurfaceDescription(const SQxToolFormat& in_rsFormat, uint32_t in_uiWidth, uint32_t in_uiHeight,
+                                         EQxColorimetry in_eColorimetry, int32_t in_iPitch)
 {
-    SQxSurfaceDescription s{};
-    s.size = sizeof(s);
-    s.eSurfaceFormat = in_rsFormat.eFormat;
-    s.ulComponentBitCount = in_rsFormat.uiBitCount;
+    SQxSurfaceDescription s = CQxcHostSurface::MakeDescription(in_rsFormat.eFormat, in_rsFormat.uiBitCount, in_uiWidth,
+                                                               in_uiHeight, keQxPolarityProgressive, in_eColorimetry);
     s.bIsAlphaShaped = in_rsFormat.bShaped;
-    s.ulWidth = in_uiWidth;
-    s.ulHeight = in_uiHeight;
-    s.ePolarity = keQxPolarityProgressive;
-    s.eColorimetry = in_eColorimetry;
-    s.eMemoryLocation = keQxMemoryLocationHost;
-    s.bAllowHostConversion = true;
     s.lPitch = in_iPitch;
     return s;
 }

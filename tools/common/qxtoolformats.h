@@ -81,8 +81,8 @@ std::vector<std::string> SplitList(const std::string& in_strText, const char* in
 
 // A description of a picture of the format and size, with host conversion
 // allowed; the pitch (0: packed) and buffer size are left for the surface.
-SQxSurfaceDescription Describe(const SQxToolFormat& in_rsFormat, uint32_t in_uiWidth, uint32_t in_uiHeight,
-                               EQxColorimetry in_eColorimetry, int32_t in_iPitch = 0);
+SQxSurfaceDescription SurfaceDescription(const SQxToolFormat& in_rsFormat, uint32_t in_uiWidth, uint32_t in_uiHeight,
+                                         EQxColorimetry in_eColorimetry, int32_t in_iPitch = 0);
 
 }  // namespace NQxTool
 

@@ -3,6 +3,7 @@
 #include "tools/common/qxtoolerror.h"
 
 #include <png.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csetjmp>
@@ -126,6 +127,16 @@ void WritePng(const std::string& in_strPath, const SQxToolImage& in_rsImage)
         if (!bStdout) std::remove(in_strPath.c_str());
         throw CQxToolError(in_strPath + ": " + sState.szMessage);
     }
+}
+
+void CheckWritable(const std::string& in_strPath)
+{
+    if (in_strPath == "-") return;
+    const bool bExisted = access(in_strPath.c_str(), F_OK) == 0;
+    FILE* pFile = std::fopen(in_strPath.c_str(), "ab");
+    if (!pFile) throw CQxToolError(FileError(in_strPath, errno));
+    std::fclose(pFile);
+    if (!bExisted) std::remove(in_strPath.c_str());
 }
 
 bool IsImageFormat(const SQxToolFormat& in_rsFormat)

@@ -28,6 +28,10 @@ struct SQxToolImage {
 // the file and the reason.
 void WritePng(const std::string& in_strPath, const SQxToolImage& in_rsImage);
 
+// Throws a tool error now when a file of this name cannot be created, rather
+// than after the work; leaves nothing behind ("-" is always fine).
+void CheckWritable(const std::string& in_strPath);
+
 // Whether a picture of the format can become an image without conversion:
 // 8-bit ARGB Graphic, 16-bit ABGR, Alpha and Alpha Luminance.
 bool IsImageFormat(const SQxToolFormat& in_rsFormat);

@@ -106,7 +106,12 @@ CQxToolRawWriter::CQxToolRawWriter(const std::string& in_strPath)
 
 CQxToolRawWriter::~CQxToolRawWriter()
 {
-    if (m_pFile && !m_bStream) std::fclose(m_pFile);
+    // Never closed: the work failed on the way, and half a file of frames
+    // would only mislead whoever finds it.
+    if (m_pFile && !m_bStream) {
+        std::fclose(m_pFile);
+        std::remove(m_strPath.c_str());
+    }
 }
 
 void CQxToolRawWriter::Fail()

@@ -51,7 +51,8 @@ private:
 
 class CQxToolRawWriter {
 public:
-    // Creates (truncates) the file. Throws a tool error when it cannot.
+    // Creates (truncates) the file. Throws a tool error when it cannot. A
+    // writer destroyed before Close() removes its file.
     explicit CQxToolRawWriter(const std::string& in_strPath);
     ~CQxToolRawWriter();
     CQxToolRawWriter(const CQxToolRawWriter&) = delete;

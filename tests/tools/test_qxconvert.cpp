@@ -1,0 +1,245 @@
+// qxconvert run as a user runs it: every mistake on the command line and
+// every bad file ends with one clear message and the right exit status,
+// and the commands produce the frames they promise.
+#include "tools/pngread.h"
+#include "tools/toolrun.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using NQxTest::CToolTempDir;
+using NQxTest::ReadWholeFile;
+using NQxTest::RunTool;
+using NQxTest::SToolRun;
+
+namespace {
+
+SToolRun Convert(std::vector<std::string> in_vecArgs, const std::string& in_strStdin = "")
+{
+    in_vecArgs.insert(in_vecArgs.begin(), QXBASE_QXCONVERT_PATH);
+    return RunTool(in_vecArgs, in_strStdin);
+}
+
+void WriteFile(const std::string& in_strPath, const std::string& in_strBytes)
+{
+    std::ofstream file(in_strPath, std::ios::binary);
+    file << in_strBytes;
+}
+
+bool Contains(const std::string& in_strText, const std::string& in_strPart)
+{
+    return in_strText.find(in_strPart) != std::string::npos;
+}
+
+TEST(Qxconvert, CommandLineMistakesAreUsageErrors)
+{
+    CToolTempDir oDir;
+    const std::string strOut = oDir.File("out.raw");
+    struct SCase {
+        std::vector<std::string> vecArgs;
+        const char* pszSaid;
+    } const asCases[] = {
+        {{}, "say where the frames go with -o FILE"},
+        {{"transcode", "-o", strOut}, "unknown command \"transcode\""},
+        {{"--frobnicate", "-o", strOut}, "unknown option --frobnicate"},
+        {{"in.yuv", "-o", strOut}, "unknown command \"in.yuv\"; use convert, clear, rotate, combine, extract or formats (an input file is -i FILE)"},
+        {{"-o", strOut, "in.yuv"}, "unexpected argument \"in.yuv\" (an input file is given with -i FILE)"},
+        {{"-o"}, "option -o needs a value"},
+        {{"--quiet=yes", "-o", strOut}, "option --quiet takes no value"},
+        {{"-s", "1920", "-o", strOut}, "bad picture size \"1920\""},
+        {{"-s", "0x16", "-o", strOut}, "at least one pixel"},
+        {{"-s", "20000x16", "-o", strOut}, "too large"},
+        {{"-f", "nv12", "-o", strOut}, "unknown pixel format \"nv12\""},
+        {{"--to", "v210,,argb", "-o", strOut}, "empty entry in the --to list"},
+        {{"-c", "2021", "-o", strOut}, "unknown colorimetry \"2021\""},
+        {{"-p", "checkerboard", "-o", strOut}, "unknown test pattern"},
+        {{"-n", "0", "-o", strOut}, "bad frame count \"0\""},
+        {{"-i", "x.raw", "-o", strOut}, "needs its picture size (--size WxH) and pixel format"},
+        {{"-i", "x.raw", "-p", "bars", "-s", "hd", "-f", "v210", "-o", strOut}, "not both"},
+        {{"-s", "1000x16", "-f", "v210", "-o", strOut}, "a v210 picture's width must be a multiple of 16; 1000 is not"},
+        {{"-s", "1002x16", "-o", strOut}, "multiple of 4"},
+        {{"-i", "x.raw", "-s", "64x8", "-f", "yuyv8", "--pitch", "100", "-o", strOut},
+         "a pitch of 100 bytes is shorter than one line of 64 yuyv8 pixels (128 bytes)"},
+        {{"--pitch", "256", "-o", strOut}, "--pitch describes an input file"},
+        {{"-s", "64x8", "--out-pitch", "64", "-o", strOut}, "an output pitch of 64 bytes is shorter"},
+        {{"--angle", "90", "-o", strOut}, "--angle belongs to the rotate command"},
+        {{"rotate", "-o", strOut}, "rotate needs --angle"},
+        {{"rotate", "--angle", "45", "-o", strOut}, "bad rotation angle \"45\""},
+        {{"--key-pattern", "ramp", "-o", strOut}, "belong to the combine command"},
+        {{"extract", "-o", strOut}, "give the key's file with --key-output"},
+        {{"extract", "--key-output", "k", "--to", "v210", "-o", strOut}, "convert them afterwards"},
+        {{"clear", "-i", "x.raw", "-s", "hd", "-f", "yuyv8", "-o", strOut}, "clear makes its own frames"},
+        {{"clear", "--color", "purple", "-o", strOut}, "unknown colour \"purple\""},
+        {{"clear", "--alpha", "2", "-o", strOut}, "bad alpha \"2\""},
+        {{"rotate", "--angle", "90", "--sync", "-o", strOut}, "only converts and clears"},
+        {{"--engine", "elsewhere", "-o", strOut}, "bad engine origin"},
+        {{"--png-depth", "12", "-o", strOut}, "bad PNG depth"},
+        {{"-s", "64x16", "-n", "3", "-o", oDir.File("out.png")}, "3 frames need a numbered name"},
+        {{"-s", "64x16", "-o", oDir.File("out%s.png")}, "not a frame number field"},
+    };
+    for (const SCase& r : asCases) {
+        const SToolRun s = Convert(r.vecArgs);
+        std::string strArgs;
+        for (const std::string& str : r.vecArgs) strArgs += " " + str;
+        EXPECT_EQ(s.iStatus, 2) << strArgs << "\n" << s.strErr;
+        EXPECT_TRUE(Contains(s.strErr, r.pszSaid)) << strArgs << "\n" << s.strErr;
+        EXPECT_TRUE(Contains(s.strErr, "Try 'qxconvert --help'")) << strArgs;
+        EXPECT_TRUE(s.strOut.empty()) << strArgs;
+    }
+    EXPECT_FALSE(NQxTest::ReadWholeFile(strOut).size()) << "no output file is made by a usage error";
+
+    const SToolRun sHelp = Convert({"--help"});
+    EXPECT_EQ(sHelp.iStatus, 0);
+    EXPECT_TRUE(Contains(sHelp.strOut, "usage: qxconvert"));
+}
+
+TEST(Qxconvert, BadFilesAndRefusedConversionsFailClearly)
+{
+    CToolTempDir oDir;
+    const std::string strOut = oDir.File("out.raw");
+    WriteFile(oDir.File("short.raw"), std::string(100, 'x'));
+    WriteFile(oDir.File("ragged.raw"), std::string(2 * 64 * 8 * 2 + 3, 'x'));
+    struct SCase {
+        std::vector<std::string> vecArgs;
+        const char* pszSaid;
+    } const asCases[] = {
+        {{"-i", oDir.File("none.raw"), "-s", "64x8", "-f", "yuyv8", "-o", strOut}, "none.raw: No such file or directory"},
+        {{"-i", oDir.Path(), "-s", "64x8", "-f", "yuyv8", "-o", strOut}, "Is a directory"},
+        {{"-i", oDir.File("short.raw"), "-s", "64x8", "-f", "yuyv8", "-o", strOut},
+         "holds 100 bytes, less than one frame of 1024 bytes (64x8 yuyv8, pitch 128)"},
+        {{"-i", oDir.File("ragged.raw"), "-s", "64x8", "-f", "yuyv8", "-o", strOut},
+         "2 frames of 1024 bytes (64x8 yuyv8, pitch 128) and 3 bytes more"},
+        {{"-i", oDir.File("ragged.raw"), "-s", "64x8", "-f", "yuyv8", "-n", "3", "-o", strOut},
+         "but --frames asks for 3"},
+        {{"-s", "64x8", "-o", oDir.File("no/such/dir/out.raw")}, "out.raw: No such file or directory"},
+        {{"-s", "64x8", "-o", oDir.File("no/such/dir/out.png")}, "out.png: No such file or directory"},
+        // 2VUY reaches 10-bit YUYV only through 8-bit YUYV; the error says so.
+        {{"-s", "64x8", "-f", "2vuy", "--to", "yuyv10", "-o", strOut},
+         "could not convert 64x8 2vuy to yuyv10 in one step (it can go through yuyv8,yuyv10): 0x89998039"},
+        // A key-only picture is converted to nothing.
+        {{"-s", "64x8", "-f", "alpha", "-o", strOut}, "no test pattern can be made in alpha"},
+        {{"rotate", "--angle", "90", "-s", "64x8", "-f", "v210", "-o", strOut}, "could not rotate a 64x8 v210 picture"},
+        {{"extract", "-s", "64x8", "-f", "yuyv8", "--key-output", oDir.File("k.raw"), "-o", strOut},
+         "could not extract video and key from 64x8 yuyv8"},
+    };
+    for (const SCase& r : asCases) {
+        const SToolRun s = Convert(r.vecArgs);
+        std::string strArgs;
+        for (const std::string& str : r.vecArgs) strArgs += " " + str;
+        EXPECT_EQ(s.iStatus, 1) << strArgs << "\n" << s.strErr;
+        EXPECT_TRUE(Contains(s.strErr, r.pszSaid)) << strArgs << "\n" << s.strErr;
+        EXPECT_NE(access(strOut.c_str(), F_OK), 0) << strArgs << ": a failed run leaves no output behind";
+    }
+}
+
+TEST(Qxconvert, RoundTripsAndRawLayouts)
+{
+    CToolTempDir oDir;
+    // Bars drawn in 8-bit YUYV, through v210 and back: 8 bits survive 10.
+    ASSERT_EQ(Convert({"-q", "-s", "96x32", "-o", oDir.File("bars.yuyv")}).iStatus, 0);
+    ASSERT_EQ(Convert({"-q", "-s", "96x32", "--to", "v210,yuyv8", "-o", oDir.File("back.yuyv")}).iStatus, 0);
+    const std::string strBars = ReadWholeFile(oDir.File("bars.yuyv"));
+    ASSERT_EQ(strBars.size(), 96u * 2 * 32);
+    EXPECT_EQ(ReadWholeFile(oDir.File("back.yuyv")), strBars);
+
+    // The same frames written with padded lines and read back through
+    // --pitch, and read from standard input.
+    ASSERT_EQ(Convert({"-q", "-s", "96x32", "--out-pitch", "200", "-o", oDir.File("padded.yuyv")}).iStatus, 0);
+    const std::string strPadded = ReadWholeFile(oDir.File("padded.yuyv"));
+    ASSERT_EQ(strPadded.size(), 200u * 32);
+    EXPECT_EQ(strPadded.substr(200, 192), strBars.substr(192, 192));
+    EXPECT_EQ(strPadded.substr(192, 8), std::string(8, '\0'));
+    const SToolRun s = Convert({"-i", oDir.File("padded.yuyv"), "-s", "96x32", "-f", "yuyv8", "--pitch", "200", "-o",
+                                oDir.File("unpadded.yuyv")});
+    ASSERT_EQ(s.iStatus, 0) << s.strErr;
+    EXPECT_EQ(ReadWholeFile(oDir.File("unpadded.yuyv")), strBars);
+    EXPECT_TRUE(Contains(s.strErr, "1 frame, 96x32 yuyv8 (" + oDir.File("padded.yuyv") + "), written to")) << s.strErr;
+    ASSERT_EQ(Convert({"-q", "-i", "-", "-s", "96x32", "-f", "yuyv8", "-o", oDir.File("piped.yuyv")},
+                      oDir.File("bars.yuyv"))
+                  .iStatus,
+              0);
+    EXPECT_EQ(ReadWholeFile(oDir.File("piped.yuyv")), strBars);
+
+    // A pattern asked for in a format it is not drawn in comes through the
+    // engine: 10-bit YUYV to v210 is a repacking that loses nothing.
+    ASSERT_EQ(Convert({"-q", "-s", "96x32", "-f", "yuayva10", "--to", "yuyv10,v210", "-o", oDir.File("a.v210")}).iStatus,
+              0);
+    ASSERT_EQ(Convert({"-q", "-s", "96x32", "-f", "v210", "-o", oDir.File("b.v210")}).iStatus, 0);
+    EXPECT_EQ(ReadWholeFile(oDir.File("a.v210")), ReadWholeFile(oDir.File("b.v210")));
+}
+
+TEST(Qxconvert, ManyFramesShowProgressAndMoveThePattern)
+{
+    CToolTempDir oDir;
+    const SToolRun s = Convert({"-p", "zoneplate", "-s", "64x16", "-n", "40", "-o", oDir.File("zone.yuyv")});
+    ASSERT_EQ(s.iStatus, 0) << s.strErr;
+    const std::string str = ReadWholeFile(oDir.File("zone.yuyv"));
+    ASSERT_EQ(str.size(), 40u * 64 * 2 * 16);
+    const size_t uFrame = 64 * 2 * 16;
+    EXPECT_NE(str.substr(0, uFrame), str.substr(uFrame, uFrame)) << "the zone plate moves";
+    EXPECT_EQ(str.substr(0, uFrame), str.substr(8 * uFrame, uFrame)) << "and comes back after eight frames";
+    // Not a terminal: one line a tenth of the way, the last at the end.
+    EXPECT_TRUE(Contains(s.strErr, "qxconvert: frame 4/40, ")) << s.strErr;
+    EXPECT_TRUE(Contains(s.strErr, "qxconvert: frame 40/40, ")) << s.strErr;
+    EXPECT_TRUE(Contains(s.strErr, "40 frames, 64x16 yuyv8 (zoneplate)")) << s.strErr;
+    // Few frames, or --quiet: no progress.
+    EXPECT_FALSE(Contains(Convert({"-s", "64x16", "-n", "3", "-o", oDir.File("z")}).strErr, "frame 3/3"));
+    EXPECT_EQ(Convert({"-q", "-s", "64x16", "-n", "40", "-o", oDir.File("z")}).strErr, "");
+}
+
+TEST(Qxconvert, ClearRotateCombineExtract)
+{
+    CToolTempDir oDir;
+    // Red, cleared in v210 and read in 8-bit YUYV: the engine's 10-bit red
+    // (324, 364, 960) to 8 bits.
+    ASSERT_EQ(Convert({"clear", "-q", "--color", "red", "-s", "64x4", "-f", "v210", "--to", "yuyv8", "-o",
+                       oDir.File("red.yuyv")})
+                  .iStatus,
+              0);
+    const std::string strRed = ReadWholeFile(oDir.File("red.yuyv"));
+    ASSERT_EQ(strRed.size(), 64u * 2 * 4);
+    EXPECT_EQ(uint8_t(strRed[0]), 81);
+    EXPECT_EQ(uint8_t(strRed[1]), 91);
+    EXPECT_EQ(uint8_t(strRed[3]), 240);
+
+    // Half turns twice give the picture back; quarter turns swap the sides.
+    ASSERT_EQ(Convert({"-q", "-s", "64x16", "-o", oDir.File("bars.yuyv")}).iStatus, 0);
+    ASSERT_EQ(Convert({"rotate", "-q", "--angle", "90", "-s", "64x16", "-o", oDir.File("r90.yuyv")}).iStatus, 0);
+    EXPECT_EQ(ReadWholeFile(oDir.File("r90.yuyv")).size(), 16u * 2 * 64);
+    ASSERT_EQ(Convert({"rotate", "-q", "--angle", "180", "-s", "64x16", "-o", oDir.File("r180.yuyv")}).iStatus, 0);
+    ASSERT_EQ(Convert({"rotate", "-q", "--angle", "180", "-i", oDir.File("r180.yuyv"), "-s", "64x16", "-f", "yuyv8",
+                       "-o", oDir.File("r360.yuyv")})
+                  .iStatus,
+              0);
+    EXPECT_NE(ReadWholeFile(oDir.File("r180.yuyv")), ReadWholeFile(oDir.File("bars.yuyv")));
+    EXPECT_EQ(ReadWholeFile(oDir.File("r360.yuyv")), ReadWholeFile(oDir.File("bars.yuyv")));
+
+    // Bars with a ramp key, split again: the video is the bars, the key is
+    // grey with the ramp's luma.
+    ASSERT_EQ(Convert({"combine", "-q", "-s", "64x16", "-o", oDir.File("keyed.yuayva")}).iStatus, 0);
+    const SToolRun s = Convert({"extract", "-i", oDir.File("keyed.yuayva"), "-s", "64x16", "-f", "yuayva8", "-o",
+                                oDir.File("video.yuyv"), "--key-output", oDir.File("key.yuyv")});
+    ASSERT_EQ(s.iStatus, 0) << s.strErr;
+    EXPECT_EQ(ReadWholeFile(oDir.File("video.yuyv")), ReadWholeFile(oDir.File("bars.yuyv")));
+    const std::string strKey = ReadWholeFile(oDir.File("key.yuyv"));
+    ASSERT_EQ(strKey.size(), 64u * 2 * 16);
+    EXPECT_LT(uint8_t(strKey[0]), uint8_t(strKey[2 * 63])) << "the key rises with the ramp";
+    EXPECT_EQ(uint8_t(strKey[1]), 128) << "a grey key has no colour";
+}
+
+TEST(Qxconvert, FormatsAndEngineChoice)
+{
+    const SToolRun s = Convert({"formats"});
+    ASSERT_EQ(s.iStatus, 0) << s.strErr;
+    EXPECT_TRUE(Contains(s.strOut, "v210               Uncompressed V210      10"));
+    EXPECT_TRUE(Contains(s.strOut, "converts to: yuyv8 yuyv10 2vuy")) << s.strOut;
+    CToolTempDir oDir;
+    const SToolRun sFactory =
+        Convert({"-v", "--engine", "factory", "--sync", "-s", "64x4", "--to", "v210", "-o", oDir.File("x")});
+    ASSERT_EQ(sFactory.iStatus, 0) << sFactory.strErr;
+    EXPECT_TRUE(Contains(sFactory.strErr, "engine created through the factory of the linked libqxbase"));
+}
+
+}  // namespace
