@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # The whole test suite: a Release build with every test, an install checked
-# by a consumer project (find_package and pkg-config), an AddressSanitizer +
-# UBSan build with every test, a ThreadSanitizer build of the tests that
-# exercise concurrency (label "tsan"), and a bounded libFuzzer run of the INI
-# reader (FUZZ_SECONDS, default 60).
+# by a consumer project (find_package and pkg-config) and by the examples
+# built against it, an AddressSanitizer + UBSan build with every test, a
+# ThreadSanitizer build of the tests that exercise concurrency (label
+# "tsan"), and a bounded libFuzzer run of the INI reader (FUZZ_SECONDS,
+# default 60).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ROOT=$PWD
@@ -34,6 +35,24 @@ build/consumer/consumer_app build/consumer/libconsumer_module.so
 PC_FLAGS=$(PKG_CONFIG_PATH="$PREFIX/lib/pkgconfig:$PREFIX/lib64/pkgconfig" pkg-config --cflags --libs qxbase)
 "$CXX_COMPILER" -std=c++17 tests/consumer/app.cpp $PC_FLAGS -o build/consumer/consumer_app_pkgconfig
 build/consumer/consumer_app_pkgconfig build/consumer/libconsumer_module.so
+
+step "Examples built against the install, run with a class registry of their own"
+rm -rf build/examples
+cmake -S examples -B build/examples -G Ninja -DCMAKE_PREFIX_PATH="$PREFIX" \
+  -DCMAKE_CXX_COMPILER="$CXX_COMPILER" >/dev/null
+cmake --build build/examples -j "$JOBS"
+sandbox_status=0
+scripts/registry-sandbox.sh bash -c 'set -e
+  export PLWUTILS=/opt/QueltoVideo/PLW.utils
+  "$1"/bin/qxregsvr "$(ls "$1"/lib*/libqxbase.so)"
+  "$1"/bin/qxregsvr build/examples/libqxexample_framestats.so
+  build/examples/qxexample_copyframe
+  build/examples/qxexample_measure' _ "$PREFIX" || sandbox_status=$?
+if [ "$sandbox_status" -eq 77 ]; then
+  echo "(the examples were built; running them needs a private mount namespace, which this machine does not give)"
+elif [ "$sandbox_status" -ne 0 ]; then
+  exit "$sandbox_status"
+fi
 
 step "AddressSanitizer + UBSan build and tests"
 configure_build build/asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQXBASE_SANITIZE=address,undefined \

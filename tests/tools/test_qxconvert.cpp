@@ -33,14 +33,32 @@ bool Contains(const std::string& in_strText, const std::string& in_strPart)
     return in_strText.find(in_strPart) != std::string::npos;
 }
 
+// A run that must fail with the status and say what went wrong, leaving
+// no output file behind.
+struct SFailure {
+    std::vector<std::string> vecArgs;
+    const char* pszSaid;
+};
+
+void ExpectFailures(const std::vector<SFailure>& in_vecCases, int in_iStatus, const std::string& in_strOutput)
+{
+    for (const SFailure& r : in_vecCases) {
+        const SToolRun s = Convert(r.vecArgs);
+        std::string strArgs;
+        for (const std::string& str : r.vecArgs) strArgs += " " + str;
+        EXPECT_EQ(s.iStatus, in_iStatus) << strArgs << "\n" << s.strErr;
+        EXPECT_TRUE(Contains(s.strErr, r.pszSaid)) << strArgs << "\n" << s.strErr;
+        EXPECT_EQ(Contains(s.strErr, "Try 'qxconvert --help'"), in_iStatus == 2) << strArgs;
+        EXPECT_TRUE(s.strOut.empty()) << strArgs;
+        EXPECT_NE(access(in_strOutput.c_str(), F_OK), 0) << strArgs << ": a failed run leaves no output behind";
+    }
+}
+
 TEST(Qxconvert, CommandLineMistakesAreUsageErrors)
 {
     CToolTempDir oDir;
     const std::string strOut = oDir.File("out.raw");
-    struct SCase {
-        std::vector<std::string> vecArgs;
-        const char* pszSaid;
-    } const asCases[] = {
+    ExpectFailures({
         {{}, "say where the frames go with -o FILE"},
         {{"transcode", "-o", strOut}, "unknown command \"transcode\""},
         {{"--frobnicate", "-o", strOut}, "unknown option --frobnicate"},
@@ -78,17 +96,7 @@ TEST(Qxconvert, CommandLineMistakesAreUsageErrors)
         {{"--png-depth", "12", "-o", strOut}, "bad PNG depth"},
         {{"-s", "64x16", "-n", "3", "-o", oDir.File("out.png")}, "3 frames need a numbered name"},
         {{"-s", "64x16", "-o", oDir.File("out%s.png")}, "not a frame number field"},
-    };
-    for (const SCase& r : asCases) {
-        const SToolRun s = Convert(r.vecArgs);
-        std::string strArgs;
-        for (const std::string& str : r.vecArgs) strArgs += " " + str;
-        EXPECT_EQ(s.iStatus, 2) << strArgs << "\n" << s.strErr;
-        EXPECT_TRUE(Contains(s.strErr, r.pszSaid)) << strArgs << "\n" << s.strErr;
-        EXPECT_TRUE(Contains(s.strErr, "Try 'qxconvert --help'")) << strArgs;
-        EXPECT_TRUE(s.strOut.empty()) << strArgs;
-    }
-    EXPECT_FALSE(NQxTest::ReadWholeFile(strOut).size()) << "no output file is made by a usage error";
+    }, 2, strOut);
 
     const SToolRun sHelp = Convert({"--help"});
     EXPECT_EQ(sHelp.iStatus, 0);
@@ -101,10 +109,7 @@ TEST(Qxconvert, BadFilesAndRefusedConversionsFailClearly)
     const std::string strOut = oDir.File("out.raw");
     WriteFile(oDir.File("short.raw"), std::string(100, 'x'));
     WriteFile(oDir.File("ragged.raw"), std::string(2 * 64 * 8 * 2 + 3, 'x'));
-    struct SCase {
-        std::vector<std::string> vecArgs;
-        const char* pszSaid;
-    } const asCases[] = {
+    ExpectFailures({
         {{"-i", oDir.File("none.raw"), "-s", "64x8", "-f", "yuyv8", "-o", strOut}, "none.raw: No such file or directory"},
         {{"-i", oDir.Path(), "-s", "64x8", "-f", "yuyv8", "-o", strOut}, "Is a directory"},
         {{"-i", oDir.File("short.raw"), "-s", "64x8", "-f", "yuyv8", "-o", strOut},
@@ -123,15 +128,7 @@ TEST(Qxconvert, BadFilesAndRefusedConversionsFailClearly)
         {{"rotate", "--angle", "90", "-s", "64x8", "-f", "v210", "-o", strOut}, "could not rotate a 64x8 v210 picture"},
         {{"extract", "-s", "64x8", "-f", "yuyv8", "--key-output", oDir.File("k.raw"), "-o", strOut},
          "could not extract video and key from 64x8 yuyv8"},
-    };
-    for (const SCase& r : asCases) {
-        const SToolRun s = Convert(r.vecArgs);
-        std::string strArgs;
-        for (const std::string& str : r.vecArgs) strArgs += " " + str;
-        EXPECT_EQ(s.iStatus, 1) << strArgs << "\n" << s.strErr;
-        EXPECT_TRUE(Contains(s.strErr, r.pszSaid)) << strArgs << "\n" << s.strErr;
-        EXPECT_NE(access(strOut.c_str(), F_OK), 0) << strArgs << ": a failed run leaves no output behind";
-    }
+    }, 1, strOut);
 }
 
 TEST(Qxconvert, RoundTripsAndRawLayouts)

@@ -52,4 +52,18 @@ std::string FileError(const std::string& in_strPath, int in_iErrno)
     return in_strPath + ": " + std::strerror(in_iErrno);
 }
 
+int ToolMain(const char* in_pszTool, const std::function<int()>& in_fnRun)
+{
+    try {
+        return in_fnRun();
+    } catch (const CQxToolError& e) {
+        std::fprintf(stderr, "%s: %s\n", in_pszTool, e.what());
+        if (e.GetStatus() == keExitUsage) std::fprintf(stderr, "Try '%s --help' for the options.\n", in_pszTool);
+        return e.GetStatus();
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "%s: %s\n", in_pszTool, e.what());
+        return keExitFailure;
+    }
+}
+
 }  // namespace NQxTool

@@ -6,6 +6,7 @@
 
 #include <qxbase/qxdefs.h>
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -41,6 +42,11 @@ std::string DescribeHResult(HRESULT in_hr);
 
 // The text of errno for a file operation: "in.yuv: No such file or directory".
 std::string FileError(const std::string& in_strPath, int in_iErrno);
+
+// The body of a tool's main(): runs in_fnRun and turns what it throws into
+// "TOOL: message" on standard error and the exit status (a usage error adds
+// where to find the options).
+int ToolMain(const char* in_pszTool, const std::function<int()>& in_fnRun);
 
 }  // namespace NQxTool
 

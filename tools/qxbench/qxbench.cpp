@@ -602,19 +602,12 @@ int Run(const SOptions& in_rs)
 
 int main(int argc, char** argv)
 {
-    try {
+    return ToolMain("qxbench", [&] {
         const SOptions s = Parse(argc, argv);
         if (s.bHelp) {
             fputs(kszUsage, stdout);
-            return keExitOk;
+            return int(keExitOk);
         }
         return Run(s);
-    } catch (const CQxToolError& e) {
-        fprintf(stderr, "qxbench: %s\n", e.what());
-        if (e.GetStatus() == keExitUsage) fputs("Try 'qxbench --help' for the options.\n", stderr);
-        return e.GetStatus();
-    } catch (const std::exception& e) {
-        fprintf(stderr, "qxbench: %s\n", e.what());
-        return keExitFailure;
-    }
+    });
 }

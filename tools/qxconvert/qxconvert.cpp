@@ -608,20 +608,12 @@ int Run(SOptions& io_s)
 
 int main(int argc, char** argv)
 {
-    try {
+    return ToolMain("qxconvert", [&] {
         SOptions s = Parse(argc, argv);
         if (s.eCommand == keHelp) {
             fputs(kszUsage, stdout);
-            return keExitOk;
+            return int(keExitOk);
         }
-        if (s.eCommand == keFormats) return ListFormats(s);
-        return Run(s);
-    } catch (const CQxToolError& e) {
-        fprintf(stderr, "qxconvert: %s\n", e.what());
-        if (e.GetStatus() == keExitUsage) fputs("Try 'qxconvert --help' for the options.\n", stderr);
-        return e.GetStatus();
-    } catch (const std::exception& e) {
-        fprintf(stderr, "qxconvert: %s\n", e.what());
-        return keExitFailure;
-    }
+        return s.eCommand == keFormats ? ListFormats(s) : Run(s);
+    });
 }
