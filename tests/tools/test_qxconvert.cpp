@@ -120,9 +120,10 @@ TEST(Qxconvert, BadFilesAndRefusedConversionsFailClearly)
          "but --frames asks for 3"},
         {{"-s", "64x8", "-o", oDir.File("no/such/dir/out.raw")}, "out.raw: No such file or directory"},
         {{"-s", "64x8", "-o", oDir.File("no/such/dir/out.png")}, "out.png: No such file or directory"},
-        // 2VUY reaches 10-bit YUYV only through 8-bit YUYV; the error says so.
+        // 2VUY reaches 10-bit YUYV only in two steps; the error names the
+        // route that keeps the most bits.
         {{"-s", "64x8", "-f", "2vuy", "--to", "yuyv10", "-o", strOut},
-         "could not convert 64x8 2vuy to yuyv10 in one step (it can go through yuyv8,yuyv10): 0x89998039"},
+         "could not convert 64x8 2vuy to yuyv10 in one step (it can go through v210,yuyv10): 0x89998039"},
         // A key-only picture is converted to nothing.
         {{"-s", "64x8", "-f", "alpha", "-o", strOut}, "no test pattern can be made in alpha"},
         {{"rotate", "--angle", "90", "-s", "64x8", "-f", "v210", "-o", strOut}, "could not rotate a 64x8 v210 picture"},
@@ -224,6 +225,55 @@ TEST(Qxconvert, ClearRotateCombineExtract)
     ASSERT_EQ(strKey.size(), 64u * 2 * 16);
     EXPECT_LT(uint8_t(strKey[0]), uint8_t(strKey[2 * 63])) << "the key rises with the ramp";
     EXPECT_EQ(uint8_t(strKey[1]), 128) << "a grey key has no colour";
+}
+
+// The sample of channel c of pixel (x, y), 8 or 16 bits.
+uint32_t Sample(const NQxTool::SQxToolImage& in_r, uint32_t in_uiX, uint32_t in_uiY, uint32_t in_uiChannel)
+{
+    const uint8_t* puc = in_r.vecPixels.data() + in_uiY * in_r.RowBytes();
+    if (in_r.uiBits == 8) return puc[in_uiX * in_r.uiChannels + in_uiChannel];
+    const uint8_t* pucSample = puc + 2 * (in_uiX * in_r.uiChannels + in_uiChannel);
+    return uint32_t(pucSample[0] << 8 | pucSample[1]);
+}
+
+TEST(Qxconvert, PngPicturesShowTheBars)
+{
+    CToolTempDir oDir;
+    // The main job's route: bars drawn in 8-bit YUYV, v210, then RGBA. Each
+    // bar is 75% of full scale in its colours, 0 in the others.
+    const SToolRun s = Convert({"-s", "112x64", "--to", "v210,argb", "-o", oDir.File("bars.png")});
+    ASSERT_EQ(s.iStatus, 0) << s.strErr;
+    EXPECT_TRUE(Contains(s.strErr, "1 frame, 112x64 yuyv8 (bars) -> v210 -> argb, written to " + oDir.File("bars.png")))
+        << s.strErr;
+    // 10-bit bars straight to a 16-bit PNG, converted by the engine there.
+    const SToolRun sDeep = Convert({"-s", "112x64", "-f", "v210", "--png-depth", "16", "-o", oDir.File("deep.png")});
+    ASSERT_EQ(sDeep.iStatus, 0) << sDeep.strErr;
+    EXPECT_TRUE(Contains(sDeep.strErr, "(shown through yuyv10,abgr16)")) << sDeep.strErr;
+
+    const uint8_t aucBars[7] = {7, 6, 3, 2, 5, 4, 1};  // R G B switches: white, yellow, cyan ...
+    for (const char* pszFile : {"bars.png", "deep.png"}) {
+        NQxTool::SQxToolImage sImage;
+        ASSERT_TRUE(NQxTest::ReadPng(oDir.File(pszFile), &sImage)) << pszFile;
+        ASSERT_EQ(sImage.uiWidth, 112u);
+        ASSERT_EQ(sImage.uiHeight, 64u);
+        EXPECT_EQ(sImage.uiChannels, 3u) << "an opaque picture has no alpha channel";
+        const double dFull = sImage.uiBits == 8 ? 255.0 : 65535.0;
+        for (uint32_t b = 0; b < 7; ++b)
+            for (uint32_t c = 0; c < 3; ++c) {
+                const double dExpected = (aucBars[b] >> (2 - c) & 1) ? 0.75 : 0.0;
+                EXPECT_NEAR(Sample(sImage, 16 * b + 8, 20, c) / dFull, dExpected, 0.015)
+                    << pszFile << " bar " << b << " channel " << c;
+            }
+        // The 100% white patch in the bottom row.
+        EXPECT_NEAR(Sample(sImage, 30, 60, 1) / dFull, 1.0, 0.01) << pszFile;
+    }
+
+    // Several frames go to numbered files.
+    ASSERT_EQ(Convert({"-q", "-p", "zoneplate", "-s", "64x16", "-n", "3", "-o", oDir.File("z-%02d.png")}).iStatus, 0);
+    NQxTool::SQxToolImage sFrame;
+    for (const char* pszFile : {"z-00.png", "z-01.png", "z-02.png"})
+        EXPECT_TRUE(NQxTest::ReadPng(oDir.File(pszFile), &sFrame)) << pszFile;
+    EXPECT_FALSE(NQxTest::ReadPng(oDir.File("z-03.png"), &sFrame));
 }
 
 TEST(Qxconvert, FormatsAndEngineChoice)

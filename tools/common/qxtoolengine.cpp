@@ -6,7 +6,7 @@
 #include <qxbase/qxguids.h>
 #include <qxbase/qxregistry.h>
 
-#include <deque>
+#include <algorithm>
 #include <map>
 
 namespace NQxTool {
@@ -229,20 +229,36 @@ std::vector<const SQxToolFormat*> CQxToolEngine::FindRoute(const SQxToolFormat& 
     if (&in_rsFrom == &in_rsTo)
         return CanConvert(in_rsFrom, in_rsTo) ? std::vector<const SQxToolFormat*>{&in_rsTo}
                                               : std::vector<const SQxToolFormat*>{};
-    std::map<const SQxToolFormat*, const SQxToolFormat*> mapCameFrom{{&in_rsFrom, nullptr}};
-    std::deque<const SQxToolFormat*> dequeOpen{&in_rsFrom};
-    while (!dequeOpen.empty() && !mapCameFrom.count(&in_rsTo)) {
-        const SQxToolFormat* p = dequeOpen.front();
-        dequeOpen.pop_front();
-        for (const SQxToolFormat& r : ToolFormats()) {
-            if (mapCameFrom.count(&r) || !CanConvert(*p, r)) continue;
-            mapCameFrom[&r] = p;
-            dequeOpen.push_back(&r);
-        }
+    // Breadth first, one layer of conversions at a time. Of the routes of
+    // one length, the one whose narrowest format has the most bits wins,
+    // so that 10-bit pictures do not pass through 8 bits on the way.
+    struct SReached {
+        const SQxToolFormat* psFrom;
+        uint32_t uiLayer;
+        uint32_t uiNarrowest;
+    };
+    std::map<const SQxToolFormat*, SReached> mapReached{{&in_rsFrom, {nullptr, 0, ~0u}}};
+    std::vector<const SQxToolFormat*> vecLayer{&in_rsFrom};
+    for (uint32_t uiLayer = 1; !vecLayer.empty() && !mapReached.count(&in_rsTo); ++uiLayer) {
+        std::vector<const SQxToolFormat*> vecNext;
+        for (const SQxToolFormat* p : vecLayer)
+            for (const SQxToolFormat& r : ToolFormats()) {
+                const auto it = mapReached.find(&r);
+                if ((it != mapReached.end() && it->second.uiLayer < uiLayer) || !CanConvert(*p, r)) continue;
+                const uint32_t uiNarrowest = std::min(mapReached[p].uiNarrowest, r.uiBitCount);
+                if (it == mapReached.end()) {
+                    mapReached[&r] = {p, uiLayer, uiNarrowest};
+                    vecNext.push_back(&r);
+                } else if (uiNarrowest > it->second.uiNarrowest) {
+                    it->second = {p, uiLayer, uiNarrowest};
+                }
+            }
+        vecLayer.swap(vecNext);
     }
     std::vector<const SQxToolFormat*> vecRoute;
-    if (!mapCameFrom.count(&in_rsTo)) return vecRoute;
-    for (const SQxToolFormat* p = &in_rsTo; p != &in_rsFrom; p = mapCameFrom[p]) vecRoute.insert(vecRoute.begin(), p);
+    if (!mapReached.count(&in_rsTo)) return vecRoute;
+    for (const SQxToolFormat* p = &in_rsTo; p != &in_rsFrom; p = mapReached[p].psFrom)
+        vecRoute.insert(vecRoute.begin(), p);
     return vecRoute;
 }
 

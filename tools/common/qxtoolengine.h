@@ -92,7 +92,8 @@ public:
 
     // The shortest chain of conversions from one format to another: the
     // formats after in_rsFrom, ending with in_rsTo; empty when there is none.
-    // Among chains of one length, the earlier formats of the list win.
+    // Among chains of one length, the one whose narrowest format has the
+    // most bits wins, then the earlier formats of the list.
     std::vector<const SQxToolFormat*> FindRoute(const SQxToolFormat& in_rsFrom, const SQxToolFormat& in_rsTo);
 
 private:
