@@ -1,20 +1,17 @@
 #!/usr/bin/env bash
-# Installs what is needed, builds the library and its tools, and runs the
-# main job: qxregsvr registers the library's test component module into a
-# temporary class registry (PLWUTILS), and the registry file is printed.
+# Installs what is needed, builds everything (library, tools, examples,
+# tests, benchmarks) and runs the main job: qxconvert draws the built-in
+# colour bars in 8-bit YUYV, the host buffer engine converts them to v210
+# and on to 8-bit RGBA, and the result is written as a PNG picture.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/install-deps.sh
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
-cmake --build build/release -j "$(nproc)" --target qxbase qxregsvr qxbase_testmodule
+cmake --build build/release -j "$(nproc)"
 echo "libqxbase built: $(ls build/release/libqxbase.so.*.*)"
 
-REGISTRY=$(mktemp -d)
-trap 'rm -rf "$REGISTRY"' EXIT
-MODULE=$(ls build/release/tests/com/libqxbase_testmodule.so)
+OUTPUT=${1:-build/bars.png}
 echo
-echo "\$ PLWUTILS=$REGISTRY qxregsvr $MODULE"
-PLWUTILS="$REGISTRY" build/release/tools/qxregsvr "$MODULE"
-echo
-echo "\$ cat $REGISTRY/CLSIDs"
-cat "$REGISTRY/CLSIDs"
+echo "\$ qxconvert -v --pattern bars --size 1920x1080 --format yuyv8 --to v210,argb -o $OUTPUT"
+build/release/tools/qxconvert -v --pattern bars --size 1920x1080 --format yuyv8 --to v210,argb -o "$OUTPUT"
+echo "Look at $OUTPUT: 75% colour bars over reversed blue bars, a white patch and a PLUGE."

@@ -449,8 +449,7 @@ uint32_t RunOfColor(const SQxToolImage& in_r, uint32_t in_uiX, uint32_t in_uiY, 
     return n;
 }
 
-// How far a bar reaches from the axis: its last pixel on the line (the
-// reference line may cross it).
+// How far a bar reaches from the axis: its last pixel on the line.
 uint32_t BarLength(const SQxToolImage& in_r, const SQxToolChartLayout& in_rs, uint32_t in_uiY, const uint8_t in_aucRgb[3])
 {
     const uint8_t* puc = in_r.vecPixels.data() + in_uiY * in_r.RowBytes();
@@ -476,11 +475,11 @@ TEST(ToolChart, BarsAreAsLongAsTheirValuesAndMissingOnesAreLeftOut)
     SeriesColor(1, aucTwo);
     auto Expected = [&](double d) { return uint32_t(std::lround(d / s.dAxisMax * s.uiPlotWidth)); };
     const uint32_t uiMiddle = s.uiBarHeight / 2;
-    EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + uiMiddle, aucOne), Expected(1.0) - 1) << "up to the red line";
+    EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + uiMiddle, aucOne), Expected(1.0));
     EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + s.uiBarStep + uiMiddle, aucTwo), Expected(0.5));
     EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + s.uiRowStep + uiMiddle, aucOne), Expected(2.25));
     EXPECT_EQ(BarLength(sImage, s, s.uiFirstBar + s.uiRowStep + s.uiBarStep + uiMiddle, aucTwo), 0u);
-    // The reference line crosses the plot at 1.
+    // The reference line crosses the plot at 1, under the bars.
     const uint8_t aucRed[3] = {200, 30, 30};
     EXPECT_EQ(RunOfColor(sImage, s.uiPlotLeft + Expected(1.0), s.uiFirstBar + s.uiRowStep - 4, aucRed), 2u);
 

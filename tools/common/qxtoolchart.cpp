@@ -196,7 +196,7 @@ SQxToolImage DrawChart(const SQxToolChart& in_rsChart, SQxToolChartLayout* out_p
         uiLegendX += uiTextHeight + 6 + TextWidth(in_rsChart.vecSeries[i], uiScale) + 24;
     }
 
-    // Grid and ticks, then the bars over them, then the reference line.
+    // Grid, ticks and the reference line, then the bars over them.
     const uint32_t uiPlotTop = s.uiFirstBar - 8;
     for (double d = 0.0; d <= dAxisMax + dStep / 2; d += dStep) {
         const uint32_t x = X(d);
@@ -208,6 +208,9 @@ SQxToolImage DrawChart(const SQxToolChart& in_rsChart, SQxToolChartLayout* out_p
     FillRect(sImage, s.uiPlotLeft, uiPlotTop, 1, uiPlotBottom - uiPlotTop, kaucAxis);
     FillRect(sImage, s.uiPlotLeft, uiPlotBottom, s.uiPlotWidth + 1, 1, kaucAxis);
     DrawText(sImage, s.uiPlotLeft, uiPlotBottom + 6 + uiTextHeight + 4, in_rsChart.strAxis, uiScale, kaucAxis);
+    // Under the bars, so that a bar's end and its value stay readable.
+    if (in_rsChart.dReference > 0.0)
+        FillRect(sImage, X(in_rsChart.dReference), uiPlotTop, 2, uiPlotBottom - uiPlotTop, kaucReference);
 
     for (size_t r = 0; r < in_rsChart.vecRows.size(); ++r) {
         const SQxToolChartRow& rRow = in_rsChart.vecRows[r];
@@ -226,9 +229,6 @@ SQxToolImage DrawChart(const SQxToolChart& in_rsChart, SQxToolChartLayout* out_p
             DrawText(sImage, uiEnd + 4, uiTop + (s.uiBarHeight - 7) / 2, Number(d), 1, kaucBlack);
         }
     }
-    if (in_rsChart.dReference > 0.0)
-        FillRect(sImage, X(in_rsChart.dReference), uiPlotTop, 2, uiPlotBottom - uiPlotTop, kaucReference);
-
     if (out_psLayout) *out_psLayout = s;
     return sImage;
 }
