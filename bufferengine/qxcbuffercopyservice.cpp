@@ -455,9 +455,15 @@ HRESULT CQxcBufferCopyService::ValidateAndInitializeCopyParams(IQxSurface* in_pS
             p.uiLineBytes = p.uiSourceBufferSize;
             p.bStridedCopy = false;
         } else {
-            const uint64_t uStart = NQxcCopyRoutes::ByteOffsetOfPixel(p.eSourceType, uiSourceLeft);
-            const uint64_t uEnd = NQxcCopyRoutes::ByteEndOfPixels(p.eSourceType, uint64_t(uiSourceLeft) + p.uiCopyWidth);
-            p.uiLineBytes = uint32_t(uEnd - uStart);
+            // The same units on both sides; where their phases differ (v210
+            // groups of 6 against starts taken down to 16 pixels) the
+            // shorter run keeps both lines whole.
+            auto fnRun = [&](EQxcSurfaceType in_eType, uint32_t in_uiLeft) {
+                return NQxcCopyRoutes::ByteEndOfPixels(in_eType, uint64_t(in_uiLeft) + p.uiCopyWidth) -
+                       NQxcCopyRoutes::ByteOffsetOfPixel(in_eType, in_uiLeft);
+            };
+            p.uiLineBytes =
+                uint32_t(std::min(fnRun(p.eSourceType, uiSourceLeft), fnRun(p.eDestinationType, uiDestinationLeft)));
             p.uiSourceOffset = uint32_t(NQxcCopyRoutes::ByteOffsetOfPixel(p.eSourceType, uiSourceLeft) +
                                         uint64_t(p.uiFirstSourceLine) * uint32_t(p.iSourcePitch));
             p.uiDestinationOffset =

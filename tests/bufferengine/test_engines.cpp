@@ -159,6 +159,18 @@ TEST_F(Engines, SameTypeV210KeepsTheLastPartialGroupAndSixteenBitRgbMovesEightBy
                                      oDestination.Memory().Data() + y * oDestination.Pitch(), 167 * 16));
         EXPECT_TRUE(oDestination.Memory().GuardsIntact());
 
+        // Starts of different v210 phases (pixel 16 lies in the group of
+        // pixel 12): the run is cut to what the destination's lines hold.
+        CGuardedSurface oOffset(Describe(keQxSurfaceFormatV210, 10, 200, 4));
+        CGuardedSurface oTight(Describe(keQxSurfaceFormatV210, 10, 100, 4), 272, 0, 0);
+        FillRandomPixels(oOffset.Get(), oRandom);
+        const SQxRect sFrom{16, 0, 116, 4}, sTo{0, 0, 100, 4};
+        ASSERT_EQ(Copy(Both(e), oOffset.Get(), sFrom, oTight.Get(), sTo), S_OK);
+        for (int y = 0; y < 4; ++y)
+            EXPECT_EQ(0, std::memcmp(oOffset.Memory().Data() + y * oOffset.Pitch() + 32,
+                                     oTight.Memory().Data() + y * 272, 272));
+        EXPECT_TRUE(oTight.Memory().GuardsIntact());
+
         CGuardedSurface oWide(Describe(keQxSurfaceFormatABGR16, 16, 64, 4));
         CGuardedSurface oWideOut(Describe(keQxSurfaceFormatABGR16, 16, 64, 4), 0, 0, 0);
         oWide.Memory().FillRandom(oRandom);
