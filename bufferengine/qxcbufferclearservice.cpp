@@ -29,7 +29,6 @@ CQxcBufferClearService::CQxcBufferClearService()
       m_uPatternBytes(0),
       m_apPatternSurfaces{},
       m_pWorkQueue(nullptr),
-      m_asSlices{},
       m_uiErrorCount(0)
 {
 }
@@ -45,7 +44,8 @@ HRESULT CQxcBufferClearService::OpenServices()
         m_pWorkQueue = new CQxConcurrentWorkQueue(
             [](void* in_pItem) {
                 SSlice* psSlice = static_cast<SSlice*>(in_pItem);
-                psSlice->pService->ClearSlice(*psSlice);
+                if (!psSlice->bClaimed.exchange(true, std::memory_order_acq_rel))
+                    psSlice->pService->ClearSlice(*psSlice);
             },
             iResult, "BufferClearService", 4294967295ul);
     } catch (...) {
@@ -201,17 +201,22 @@ HRESULT CQxcBufferClearService::ClearMainThread()
     if (!m_pWorkQueue || !m_pGenericCopy) return QX_E_NOT_INITIALIZED;
     const SQxcSlicePlan sPlan = CQxcBufferCopyService::PlanSlices(m_uiHeight, false);
     uint32_t uiTasks = 0;
-    for (uint32_t i = 0; i < sPlan.uiSlices; ++i)
-        m_asSlices[uiTasks++] = SSlice{this, i * sPlan.uiLinesPerSlice, sPlan.uiLinesPerSlice};
-    if (sPlan.uiRemainder != 0)
-        m_asSlices[uiTasks++] = SSlice{this, sPlan.uiSlices * sPlan.uiLinesPerSlice, sPlan.uiRemainder};
-    // One slice runs on the calling thread, without the hand-over.
-    if (uiTasks == 1) {
-        ClearSlice(m_asSlices[0]);
-        return S_OK;
-    }
-    for (uint32_t i = 0; i < uiTasks; ++i)
-        if (FAILED(m_pWorkQueue->QueueTask(&m_asSlices[i], kuiInfinite))) ++m_uiErrorCount;
-    m_pWorkQueue->WaitForCompletion(kuiInfinite);
+    auto fnSlice = [&](uint32_t in_uiFirst, uint32_t in_uiLines) {
+        SSlice& rs = m_asSlices[uiTasks++];
+        rs.pService = this;
+        rs.uiFirstLine = in_uiFirst;
+        rs.uiLines = in_uiLines;
+        rs.bClaimed.store(false, std::memory_order_relaxed);
+    };
+    for (uint32_t i = 0; i < sPlan.uiSlices; ++i) fnSlice(i * sPlan.uiLinesPerSlice, sPlan.uiLinesPerSlice);
+    if (sPlan.uiRemainder != 0) fnSlice(sPlan.uiSlices * sPlan.uiLinesPerSlice, sPlan.uiRemainder);
+    // One slice runs on the calling thread, without the hand-over. With
+    // more, the calling thread takes the slices the pool has not started,
+    // from the last back, instead of sleeping until the pool wakes up.
+    if (uiTasks > 1)
+        for (uint32_t i = 0; i < uiTasks; ++i) m_pWorkQueue->QueueTask(&m_asSlices[i], kuiInfinite);
+    for (uint32_t i = uiTasks; i-- > 0;)
+        if (!m_asSlices[i].bClaimed.exchange(true, std::memory_order_acq_rel)) ClearSlice(m_asSlices[i]);
+    if (uiTasks > 1) m_pWorkQueue->WaitForCompletion(kuiInfinite);
     return S_OK;
 }

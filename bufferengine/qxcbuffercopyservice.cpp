@@ -216,7 +216,7 @@ HRESULT CQxcBufferCopyService::OpenServices(IQxFlexEnginePrivate* in_pEngine)
         m_pWorkQueue = new CQxConcurrentWorkQueue(
             [](void* in_pItem) {
                 CQxcHostSurfaceCopyManager* pManager = static_cast<CQxcHostSurfaceCopyManager*>(in_pItem);
-                pManager->GetService()->ConcurrencyCopyData(pManager);
+                if (pManager->Claim()) pManager->GetService()->ConcurrencyCopyData(pManager);
             },
             iResult, "BufferCopyService", 4294967295ul);
     } catch (...) {
@@ -731,6 +731,7 @@ void CQxcBufferCopyService::SetupSlice(CQxcHostSurfaceCopyManager* in_pManager, 
     m.m_uiFirstDestinationLine = in_uiDestinationLine;
     m.m_uiChunks = p.uiChunks;
     m.m_uiErrors = 0;
+    m.m_bClaimed.store(false, std::memory_order_relaxed);
     const EQxcSurfaceType eSource = SurfaceTypeOf(p.eSourceType);
     const EQxcSurfaceType eDestination = SurfaceTypeOf(p.eDestinationType);
     const unsigned int uiFields = p.bFieldWeave ? 2 : 1;
@@ -807,11 +808,15 @@ HRESULT CQxcBufferCopyService::CopyMainThread()
     // A copy of one task runs on the calling thread: handing it to the pool
     // would only add the hand-over to its time.
     const bool bInline = sPlan.uiSlices + (sPlan.uiRemainder != 0 ? 1 : 0) == 1;
+    // A slice whose hand-over fails is not lost: the calling thread claims
+    // what the pool has not, below.
     auto fnQueue = [&](CQxcHostSurfaceCopyManager* in_pManager) {
-        if (bInline)
+        if (bInline) {
+            in_pManager->Claim();
             ConcurrencyCopyData(in_pManager);
-        else if (FAILED(m_pWorkQueue->QueueTask(in_pManager, kuiInfinite)))
-            ++in_pManager->m_uiErrors;
+        } else {
+            m_pWorkQueue->QueueTask(in_pManager, kuiInfinite);
+        }
     };
     for (unsigned int i = 0; i < sPlan.uiSlices; ++i) {
         CQxcHostSurfaceCopyManager* pManager = m_ppManagers[i];
@@ -822,7 +827,13 @@ HRESULT CQxcBufferCopyService::CopyMainThread()
                                        p.uiDestinationHeight);
         fnQueue(pManager);
     }
-    if (sPlan.uiSlices > 0 && !bInline) m_pWorkQueue->WaitForCompletion(kuiInfinite);
+    if (sPlan.uiSlices > 0 && !bInline) {
+        // The slices the pool has not reached yet are done here, from the
+        // last one back, rather than waited for.
+        for (unsigned int i = sPlan.uiSlices; i-- > 0;)
+            if (m_ppManagers[i]->Claim()) ConcurrencyCopyData(m_ppManagers[i]);
+        m_pWorkQueue->WaitForCompletion(kuiInfinite);
+    }
     for (unsigned int i = 0; i < sPlan.uiSlices; ++i) m_uiErrorCount += m_ppManagers[i]->m_uiErrors;
     if (sPlan.uiRemainder != 0) {
         // Manager 0 is free again; the lines after the last slice.
@@ -830,7 +841,10 @@ HRESULT CQxcBufferCopyService::CopyMainThread()
         SetupSlice(pManager, sPlan.uiRemainder, uiFirstSource + sPlan.uiLinesPerSlice * sPlan.uiSlices,
                    uiFirstDestination + sPlan.uiLinesPerSlice * sPlan.uiSlices);
         fnQueue(pManager);
-        if (!bInline) m_pWorkQueue->WaitForCompletion(kuiInfinite);
+        if (!bInline) {
+            if (pManager->Claim()) ConcurrencyCopyData(pManager);
+            m_pWorkQueue->WaitForCompletion(kuiInfinite);
+        }
         m_uiErrorCount += pManager->m_uiErrors;
     }
     m_uiSliceCount = sPlan.uiSlices + (sPlan.uiRemainder != 0 ? 1 : 0);

@@ -107,10 +107,7 @@ HRESULT CQxcBufferVideoAndKeyService::OpenServices()
     try {
         int iResult = 0;
         m_pWorkQueue = new CQxConcurrentWorkQueue(
-            [](void* in_pItem) {
-                const SSlice& rs = *static_cast<SSlice*>(in_pItem);
-                rs.pfnKernel(rs.a, rs.b, rs.c, rs.iLines, rs.iChunks, rs.iSkipC, rs.iSkipA, rs.iSkipB);
-            },
+            [](void* in_pItem) { static_cast<SSlice*>(in_pItem)->RunOnce(); },
             iResult, "BufferVideoAndKeyService", 4294967295ul);
     } catch (...) {
         CloseServices();
@@ -234,6 +231,7 @@ HRESULT CQxcBufferVideoAndKeyService::Prepare(IQxSurface* in_pFill, IQxSurface* 
         rs.iSkipA = piSkips[0];
         rs.iSkipB = piSkips[1];
         rs.iSkipC = piSkips[2];
+        rs.bClaimed.store(false, std::memory_order_relaxed);
     }
     m_uiSliceCount = uiSlices;
     return S_OK;
@@ -243,15 +241,13 @@ HRESULT CQxcBufferVideoAndKeyService::RunSlices()
 {
     m_uiErrorCount = 0;
     if (!m_pWorkQueue) return QX_E_NOT_INITIALIZED;
-    // One slice runs on the calling thread, without the hand-over.
-    if (m_uiSliceCount == 1) {
-        const SSlice& rs = m_psSlices[0];
-        rs.pfnKernel(rs.a, rs.b, rs.c, rs.iLines, rs.iChunks, rs.iSkipC, rs.iSkipA, rs.iSkipB);
-        return S_OK;
-    }
-    for (uint32_t i = 0; i < m_uiSliceCount; ++i)
-        if (FAILED(m_pWorkQueue->QueueTask(&m_psSlices[i], kuiInfinite))) ++m_uiErrorCount;
-    m_pWorkQueue->WaitForCompletion(kuiInfinite);
+    // One slice runs on the calling thread, without the hand-over. With
+    // more, the calling thread takes the slices the pool has not started,
+    // from the last back, instead of sleeping until the pool wakes up.
+    if (m_uiSliceCount > 1)
+        for (uint32_t i = 0; i < m_uiSliceCount; ++i) m_pWorkQueue->QueueTask(&m_psSlices[i], kuiInfinite);
+    for (uint32_t i = m_uiSliceCount; i-- > 0;) m_psSlices[i].RunOnce();
+    if (m_uiSliceCount > 1) m_pWorkQueue->WaitForCompletion(kuiInfinite);
     return S_OK;
 }
 

@@ -15,6 +15,7 @@
 #include <qxbase/qxinterfaces.h>
 #include <qxbase/qxunknown.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -57,12 +58,18 @@ public:
     IQxFlexEnginePrivate* GetEngine() const { return m_pEngine; }
     CQxcBufferCopyService* GetService() const { return m_pService; }
 
+    // Taken by whichever thread runs the slice first: a pool thread, or the
+    // calling thread, which works through the slices the pool has not
+    // started instead of sleeping while it waits for them.
+    bool Claim() { return !m_bClaimed.exchange(true, std::memory_order_acq_rel); }
+
     // Task parameters, set for each copy.
     uint32_t m_uiLines;
     uint32_t m_uiFirstSourceLine;
     uint32_t m_uiFirstDestinationLine;
     uint32_t m_uiChunks;
     uint32_t m_uiErrors;
+    std::atomic<bool> m_bClaimed;
 
 private:
     friend class CQxcBufferCopyService;
@@ -263,11 +270,13 @@ public:
     IQxSurface* GetSurface() const { return m_pSurface; }
     uint32_t GetErrorCount() const { return m_uiErrorCount; }
 
-    // Lines of one slice of the clear.
+    // Lines of one slice of the clear; taken by the first thread that
+    // claims it (a pool thread or the calling thread).
     struct SSlice {
         CQxcBufferClearService* pService;
         uint32_t uiFirstLine;
         uint32_t uiLines;
+        std::atomic<bool> bClaimed;
     };
 
 private:
@@ -315,13 +324,20 @@ public:
     uint32_t GetErrorCount() const { return m_uiErrorCount; }
     uint32_t GetSliceCount() const { return m_uiSliceCount; }
 
-    // One slice: the kernel's arguments.
+    // One slice: the kernel's arguments, and whether a thread (of the pool
+    // or the calling one) has taken it.
     struct SSlice {
         PFNQxcCombineExtractKernel pfnKernel;
         unsigned char* a;
         unsigned char* b;
         unsigned char* c;
         int iLines, iChunks, iSkipC, iSkipA, iSkipB;
+        std::atomic<bool> bClaimed;
+        void RunOnce()
+        {
+            if (!bClaimed.exchange(true, std::memory_order_acq_rel))
+                pfnKernel(a, b, c, iLines, iChunks, iSkipC, iSkipA, iSkipB);
+        }
     };
 
 protected:
