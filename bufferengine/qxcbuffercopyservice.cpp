@@ -381,12 +381,6 @@ HRESULT CQxcBufferCopyService::ValidateAndInitializeCopyParams(IQxSurface* in_pS
         return Refuse(QX_E_COLORIMETRY_MISMATCH);
 
     if (!IsSupportedCopy(p.eSourceType, p.eDestinationType)) return Refuse(QX_E_CONVERSION_NOT_ALLOWED);
-    // The pictures must lie inside the buffers their surfaces lock.
-    if (!bOpaque && (!PictureFitsBuffer(p.eSourceType, p.uiSourceWidth, p.uiSourceHeight, p.iSourcePitch,
-                                        p.uiSourceBufferSize) ||
-                     !PictureFitsBuffer(p.eDestinationType, p.uiDestinationWidth, p.uiDestinationHeight,
-                                        p.iDestinationPitch, p.uiDestinationBufferSize)))
-        return Refuse(QX_E_INVALID_GEOMETRY);
     const bool bTypeChange = p.eSourceType != p.eDestinationType;
     const bool bV210And2Vuy = (p.eSourceType == keQxcSurfaceTypeV210_10bits &&
                                p.eDestinationType == keQxcSurfaceType2VUY_8bits) ||
@@ -422,6 +416,16 @@ HRESULT CQxcBufferCopyService::ValidateAndInitializeCopyParams(IQxSurface* in_pS
         if ((p.uiLines | p.uiSourceHeight | p.uiFirstSourceLine | p.uiFirstDestinationLine) & 1)
             return Refuse(QX_E_INVALID_OPERATION);
     }
+
+    // The refusals below guard the execution rather than judge the request,
+    // so they come after every rule of the request and never change which
+    // code a bad request gets. First, the pictures must lie inside the
+    // buffers their surfaces lock.
+    if (!bOpaque && (!PictureFitsBuffer(p.eSourceType, p.uiSourceWidth, p.uiSourceHeight, p.iSourcePitch,
+                                        p.uiSourceBufferSize) ||
+                     !PictureFitsBuffer(p.eDestinationType, p.uiDestinationWidth, p.uiDestinationHeight,
+                                        p.iDestinationPitch, p.uiDestinationBufferSize)))
+        return Refuse(QX_E_INVALID_GEOMETRY);
 
     // A conversion needs a route through the surfaces for its pair.
     if (!p.bSameType) {

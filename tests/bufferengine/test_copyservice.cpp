@@ -235,17 +235,28 @@ TEST_F(CopyValidation, FieldWeaveNeedsWholeLinePairsAndUnknownKindsAreRefused)
 
 TEST_F(CopyValidation, PicturesMustLieInsideTheirBuffers)
 {
-    // A description whose pitch and height promise more than the memory.
+    // Descriptions whose pitch and height promise more than the memory.
     unsigned char aucMemory[64 * 8];
-    SQxSurfaceDescription s = Describe(keQxSurfaceFormatYUYV422, 8, 32, 9);
-    s.lPitch = 64;
-    s.ulBufferSize = sizeof(aucMemory);
-    CQxcHostSurface* pLying = nullptr;
-    ASSERT_EQ(CQxcHostSurface::CreateOverMemory(s, aucMemory, nullptr, &pLying), S_OK);
-    TOwned<CQxcHostSurface> pOwned(pLying);
+    auto fnOverMemory = [&](bool in_bAllowConversion, EQxPolarity in_ePolarity) {
+        SQxSurfaceDescription s = Describe(keQxSurfaceFormatYUYV422, 8, 32, 9, in_ePolarity);
+        s.lPitch = 64;
+        s.ulBufferSize = sizeof(aucMemory);
+        s.bAllowHostConversion = in_bAllowConversion;
+        CQxcHostSurface* pSurface = nullptr;
+        EXPECT_EQ(CQxcHostSurface::CreateOverMemory(s, aucMemory, nullptr, &pSurface), S_OK);
+        return TOwned<CQxcHostSurface>(pSurface);
+    };
+    auto pLying = fnOverMemory(true, keQxPolarityProgressive);
     auto pGood = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 32, 9));
-    EXPECT_EQ(Validate(pGood.get(), pLying), QX_E_INVALID_GEOMETRY);
-    EXPECT_EQ(Validate(pLying, pGood.get()), QX_E_INVALID_GEOMETRY);
+    EXPECT_EQ(Validate(pGood.get(), pLying.get()), QX_E_INVALID_GEOMETRY);
+    EXPECT_EQ(Validate(pLying.get(), pGood.get()), QX_E_INVALID_GEOMETRY);
+
+    // That check comes after every rule of the request itself: a request
+    // that breaks one of them gets that rule's code, whatever its buffers.
+    auto pV210 = Allocate(Describe(keQxSurfaceFormatV210, 10, 32, 9));
+    EXPECT_EQ(Validate(fnOverMemory(false, keQxPolarityProgressive).get(), pV210.get()), QX_E_CONVERSION_NOT_ALLOWED);
+    // 9 lines cannot be woven.
+    EXPECT_EQ(Validate(fnOverMemory(true, keQxPolarityBackToBack).get(), pGood.get()), QX_E_INVALID_OPERATION);
 }
 
 TEST_F(CopyValidation, RotationRefusesWhatTheRotatorCannotTurnSafely)
