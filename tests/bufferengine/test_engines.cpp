@@ -372,6 +372,13 @@ TEST_F(Engines, BadRequestsAreRefusedWithNothingWrittenAndNothingLocked)
     auto pWide = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 8200, 2));
     auto pWideV210 = Allocate(Describe(keQxSurfaceFormatV210, 10, 8200, 2));
     auto pYuva = Allocate(Describe(keQxSurfaceFormatYUAYVA4224, 8, 64, 16));
+    auto pRgba1919 = Allocate(Describe(keQxSurfaceFormatARGBGraphic, 8, 1919, 2));
+    auto pYuyv1919 = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 1919, 2));
+    SQxSurfaceDescription sData = Describe(keQxSurfaceFormatQueltoAncillaryData, 8, 0, 0);
+    sData.ulBufferSize = 4096;
+    auto pAncillary = Allocate(sData);
+    sData.eSurfaceFormat = keQxSurfaceFormatDV25Field1;
+    auto pCompressed = Allocate(sData);
     struct SCase {
         const char* pszWhat;
         CQxcHostSurface* pSource;
@@ -391,6 +398,8 @@ TEST_F(Engines, BadRequestsAreRefusedWithNothingWrittenAndNothingLocked)
         {"odd weave", pStored.get(), {0, 0, 64, 15}, false, pYuyvTall.get(), {0, 0, 64, 15}, QX_E_INVALID_OPERATION},
         {"too wide", pWide.get(), {0, 0, 8200, 2}, false, pWideV210.get(), {0, 0, 8200, 2}, QX_E_INVALID_GEOMETRY},
         {"sizes", pYuyv.get(), sAll, false, pYuyvTall.get(), {0, 0, 64, 32}, QX_E_INVALID_GEOMETRY},
+        {"width", pRgba1919.get(), {0, 0, 1919, 2}, false, pYuyv1919.get(), {0, 0, 1919, 2}, QX_E_INVALID_WIDTH},
+        {"opaque formats", pAncillary.get(), {}, false, pCompressed.get(), {}, QX_E_INCOMPATIBLE_OPAQUE_FORMATS},
     };
     std::mt19937 oRandom = SeededRandom("Engines.BadRequests");
     for (int e = 0; e < 2; ++e)
