@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
@@ -39,6 +40,30 @@ size_t Count(const std::vector<SLine>& in_v, int in_iArgument, int in_iLevel, co
             l.strText.compare(0, in_strPrefix.size(), in_strPrefix) == 0)
             ++u;
     return u;
+}
+
+// The statistics of the rotation line "[64x36] rotated <degrees> ...".
+struct SRotationTimes {
+    unsigned long long ullMin = 0, ullCurrent = 0, ullMax = 0, ullAverage = 0, ullCount = 0;
+};
+
+SRotationTimes RotationTimes(const std::vector<SLine>& in_v, int in_iDegrees)
+{
+    SRotationTimes s;
+    const std::string strFormat = "[64x36] rotated " + std::to_string(in_iDegrees) +
+                                  " Size:[8192] sliceSize:[16] - Time:[min:%llu  cur:%llu  max:%llu  ave:%llu]us  "
+                                  "totalCount:[%llu]";
+    int iLines = 0;
+    for (const SLine& l : in_v)
+        if (l.iArgument == 7 && l.iLevel == 4 && l.strText.compare(0, 8, "[64x36] ") == 0) {
+            ++iLines;
+            EXPECT_EQ(std::sscanf(l.strText.c_str(), strFormat.c_str(), &s.ullMin, &s.ullCurrent, &s.ullMax,
+                                  &s.ullAverage, &s.ullCount),
+                      5)
+                << l.strText;
+        }
+    EXPECT_EQ(iLines, 1);
+    return s;
 }
 
 }  // namespace
@@ -81,6 +106,7 @@ TEST(EngineLogging, EveryOperationLogsItsLine)
     ASSERT_EQ(pAsync->ClearSurface(pDestination.get(), keQxColorBlack, 1.0f), S_OK);
     ASSERT_EQ(pAsync->RotateSurface(pSource.get(), pTurned.get(), keQxRotationAngle90), S_OK);
     v = TakeLines();
+    const std::vector<SLine> vFirstTurn = v;
     EXPECT_EQ(Count(v, 4, 4, "        qxcBufferEngine:SetConversionOptions Successful"), 2u);
     EXPECT_EQ(Count(v, 2, 4, "        qxcBufferEngine:CopySurface Successful"), 2u);
     EXPECT_EQ(Count(v, 3, 4, "        qxcBufferEngine:ClearSurface Successful"), 1u);
@@ -88,6 +114,41 @@ TEST(EngineLogging, EveryOperationLogsItsLine)
     EXPECT_EQ(Count(v, 7, 4, "[64x36] rotated  90 Size:[8192] sliceSize:[16] - Time:[min:"), 1u);
     EXPECT_EQ(Count(v, 7, 4, "        qxcBufferEngine:RotateSurface Successful"), 1u);
     for (const SLine& l : v) EXPECT_EQ(l.iPackage, 6027) << l.strText;
+
+    // Conversions time their slices (argument 2, level 9) under the name of
+    // their path; each line carries the path's name and one 64-bit count.
+    auto pV210 = Allocate(Describe(keQxSurfaceFormatV210, 10, 64, 36));
+    auto pRgba = Allocate(Describe(keQxSurfaceFormatARGBGraphic, 8, 64, 36));
+    ASSERT_EQ(pAsync->CopySurface(pSource.get(), &s, pV210.get(), &s, keQxFilterModeNearest), S_OK);
+    ASSERT_EQ(pSync->SyncCopySurface(pRgba.get(), &s, pDestination.get(), &s, keQxFilterModeNearest), S_OK);
+    v = TakeLines();
+    EXPECT_EQ(Count(v, 2, 9, "ConcRTCopy YUV <-> YUV:: -  Time:["), 1u);
+    EXPECT_EQ(Count(v, 2, 9, "ConcRTCopy RGB <-> YUV:: -  Time:["), 1u);
+    for (const SLine& l : v) {
+        if (l.iLevel != 9) continue;
+        unsigned long long ullTime = 0;
+        char cEnd = 0;
+        EXPECT_EQ(std::sscanf(l.strText.c_str() + l.strText.find("Time:["), "Time:[%llu%c", &ullTime, &cEnd), 2)
+            << l.strText;
+        EXPECT_EQ(cEnd, ']') << l.strText;
+    }
+
+    // The rotation's statistics run on from one turn to the next: after the
+    // 90-degree turn above (maximum = average = current, count 1) and this
+    // one, they are those of the two current times. The minimum starts at
+    // 65535 microseconds.
+    ASSERT_EQ(pAsync->RotateSurface(pSource.get(), pTurned.get(), keQxRotationAngle270), S_OK);
+    const std::vector<SLine> vSecond = TakeLines();
+    ASSERT_EQ(Count(vSecond, 7, 4, "[64x36] rotated 270 Size:[8192] sliceSize:[16] - Time:[min:"), 1u);
+    const SRotationTimes sFirst = RotationTimes(vFirstTurn, 90), sSecond = RotationTimes(vSecond, 270);
+    EXPECT_EQ(sFirst.ullCount, 1u);
+    EXPECT_EQ(sFirst.ullMin, std::min(sFirst.ullCurrent, 65535ull));
+    EXPECT_EQ(sFirst.ullMax, sFirst.ullCurrent);
+    EXPECT_EQ(sFirst.ullAverage, sFirst.ullCurrent);
+    EXPECT_EQ(sSecond.ullCount, 2u);
+    EXPECT_EQ(sSecond.ullMin, std::min({sFirst.ullCurrent, sSecond.ullCurrent, 65535ull}));
+    EXPECT_EQ(sSecond.ullMax, std::max(sFirst.ullCurrent, sSecond.ullCurrent));
+    EXPECT_EQ(sSecond.ullAverage, (sFirst.ullCurrent + sSecond.ullCurrent) / 2);
 
     // Refusals go out at level 2.
     EXPECT_EQ(pAsync->CopySurface(nullptr, &s, pDestination.get(), &s, keQxFilterModeNearest),
