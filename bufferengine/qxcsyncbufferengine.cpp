@@ -58,6 +58,8 @@ CQxcSyncBufferEngine::CQxcSyncBufferEngine(IQxFlexEnginePrivate* in_pEngine)
       m_psOptions(nullptr),
       m_bNotRefused(true),
       m_i32InFlight(0),
+      m_aoEvents{CQxEvent(false), CQxEvent(false), CQxEvent(false), CQxEvent(false), CQxEvent(false),
+                 CQxEvent(false), CQxEvent(false)},
       m_pSource(nullptr),
       m_pDestination(nullptr),
       m_pClearSurface(nullptr),

@@ -126,6 +126,10 @@ private:
     CQxcBufferClearService m_oClearService;
     std::atomic<bool> m_bNotRefused;
     std::atomic<int32_t> m_i32InFlight;
+    // The engine family's operation events, auto-reset. Copy and
+    // clear end inside the caller's call and wait on none of them.
+    static constexpr int kiEventCount = 7;
+    CQxEvent m_aoEvents[kiEventCount];
     IQxSurface* m_pSource;
     IQxSurface* m_pDestination;
     IQxSurface* m_pClearSurface;
