@@ -60,7 +60,11 @@ CQxcBufferEngine::CQxcBufferEngine(IQxFlexEnginePrivate* in_pEngine)
       m_bNotRefused(true),
       m_i32InFlight(0),
       m_oTurn(false),
-      m_sContents{},
+      m_sCopy{},
+      m_sClear{},
+      m_sCombine{},
+      m_sExtract{},
+      m_sRotate{},
       m_bPlainCopy(false),
       m_bOpen(false)
 {
@@ -91,32 +95,35 @@ void CQxcBufferEngine::Leave()
     if (m_i32InFlight.fetch_sub(1) - 1 > 0) NQxcEngineFrame::SetQuietly(m_oTurn);
 }
 
-HRESULT CQxcBufferEngine::GetContents(IQxSurface* const* in_ppRead, unsigned int in_uiRead,
-                                      IQxSurface* const* in_ppWritten, unsigned int in_uiWritten)
+HRESULT CQxcBufferEngine::GetContents(SOperation& io_rsOperation, IQxSurface* const* in_ppRead,
+                                      unsigned int in_uiRead, IQxSurface* const* in_ppWritten,
+                                      unsigned int in_uiWritten)
 {
-    m_sContents = SContents{};
+    io_rsOperation = SOperation{};
     for (unsigned int i = 0; i < in_uiRead; ++i)
         if (!in_ppRead[i]) return QX_E_INVALID_POINTER;
     for (unsigned int i = 0; i < in_uiWritten; ++i)
         if (!in_ppWritten[i]) return QX_E_INVALID_POINTER;
+    for (unsigned int i = 0; i < in_uiRead; ++i) io_rsOperation.apReadSurfaces[i] = in_ppRead[i];
+    for (unsigned int i = 0; i < in_uiWritten; ++i) io_rsOperation.apWrittenSurfaces[i] = in_ppWritten[i];
     auto fnGet = [](IQxSurface* in_pSurface, IQxAVContent*& out_rpContent) {
         const HRESULT hr = in_pSurface->GetAVContent(&out_rpContent);
         if (FAILED(hr)) out_rpContent = nullptr;
         return FAILED(hr) ? hr : out_rpContent ? S_OK : QX_E_INVALID_POINTER;
     };
     for (unsigned int i = 0; i < in_uiWritten; ++i)
-        if (HRESULT hr = fnGet(in_ppWritten[i], m_sContents.apWritten[i])) return hr;
+        if (HRESULT hr = fnGet(in_ppWritten[i], io_rsOperation.apWritten[i])) return hr;
     for (unsigned int i = 0; i < in_uiRead; ++i)
-        if (HRESULT hr = fnGet(in_ppRead[i], m_sContents.apRead[i])) return hr;
+        if (HRESULT hr = fnGet(in_ppRead[i], io_rsOperation.apRead[i])) return hr;
     return S_OK;
 }
 
-void CQxcBufferEngine::SignalError(HRESULT in_hrError)
+void CQxcBufferEngine::SignalError(SOperation& io_rsOperation, HRESULT in_hrError)
 {
     // Whoever waits on the contents obtained so far learns of the failure
     // and is released.
-    const SContents s = m_sContents;
-    m_sContents = SContents{};
+    const SOperation s = io_rsOperation;
+    io_rsOperation = SOperation{};
     for (IQxAVContent* p : s.apWritten)
         if (p) {
             p->SetErrorCode(in_hrError);
@@ -132,11 +139,11 @@ void CQxcBufferEngine::SignalError(HRESULT in_hrError)
 }
 
 template <class TUnlock>
-void CQxcBufferEngine::Complete(uint32_t in_uiFailures, TUnlock in_fnUnlock)
+void CQxcBufferEngine::Complete(SOperation& io_rsOperation, uint32_t in_uiFailures, TUnlock in_fnUnlock)
 {
     // Local copies: once the next caller is let in, the members are its own.
-    const SContents s = m_sContents;
-    m_sContents = SContents{};
+    const SOperation s = io_rsOperation;
+    io_rsOperation = SOperation{};
     for (IQxAVContent* p : s.apWritten)
         if (p) p->SignalWriteCompletion();
     const HRESULT hrError = !m_bNotRefused.load(std::memory_order_relaxed) ? QX_E_OPERATION_REFUSED
@@ -192,16 +199,17 @@ HRESULT CQxcBufferEngine::SetConversionOptions(SQxConversionOptions* in_psOption
 
 HRESULT CQxcBufferEngine::InitializeCopyAVContents(IQxSurface* in_pSource, IQxSurface* in_pDestination)
 {
-    return GetContents(&in_pSource, 1, &in_pDestination, 1);
+    return GetContents(m_sCopy, &in_pSource, 1, &in_pDestination, 1);
 }
 
-void CQxcBufferEngine::SignalCopyError(HRESULT in_hrError) { SignalError(in_hrError); }
+void CQxcBufferEngine::SignalCopyError(HRESULT in_hrError) { SignalError(m_sCopy, in_hrError); }
 
 HRESULT CQxcBufferEngine::AsynchronousCopySurface()
 {
     const HRESULT hr = m_oCopyService.MainThreadCaller(m_bPlainCopy ? keQxfBufferCopyServiceMainThreadGenericCopy
                                                                     : keQxfBufferCopyServiceMainThreadCopy);
-    Complete(m_oCopyService.GetErrorCount() + (FAILED(hr) ? 1 : 0), [this] { m_oCopyService.UnlockSurfaces(); });
+    Complete(m_sCopy, m_oCopyService.GetErrorCount() + (FAILED(hr) ? 1 : 0),
+             [this] { m_oCopyService.UnlockSurfaces(); });
     return hr;
 }
 
@@ -230,10 +238,10 @@ HRESULT CQxcBufferEngine::CopySurface(IQxSurface* in_pSource, SQxRect* in_psSour
 
 HRESULT CQxcBufferEngine::InitializeClearAVContent(IQxSurface* in_pSurface)
 {
-    return GetContents(nullptr, 0, &in_pSurface, 1);
+    return GetContents(m_sClear, nullptr, 0, &in_pSurface, 1);
 }
 
-void CQxcBufferEngine::SignalClearError(HRESULT in_hrError) { SignalError(in_hrError); }
+void CQxcBufferEngine::SignalClearError(HRESULT in_hrError) { SignalError(m_sClear, in_hrError); }
 
 HRESULT CQxcBufferEngine::AsynchronousClearSurface()
 {
@@ -243,7 +251,8 @@ HRESULT CQxcBufferEngine::AsynchronousClearSurface()
         NQxfFlexEngineHelper::InsertDefaultQadHeader(m_oClearService.GetBuffer(), m_oClearService.GetBufferSize(),
                                                      m_oClearService.GetPolarity());
     const HRESULT hr = m_oClearService.ClearMainThread();
-    Complete(m_oClearService.GetErrorCount() + (FAILED(hr) ? 1 : 0), [this] { m_oClearService.UnlockSurface(); });
+    Complete(m_sClear, m_oClearService.GetErrorCount() + (FAILED(hr) ? 1 : 0),
+             [this] { m_oClearService.UnlockSurface(); });
     return hr;
 }
 
@@ -266,15 +275,16 @@ HRESULT CQxcBufferEngine::InitializeCombineAVContent(IQxSurface* in_pVideo, IQxS
                                                      IQxSurface* in_pDestination)
 {
     IQxSurface* const apRead[2] = {in_pVideo, in_pKey};
-    return GetContents(apRead, 2, &in_pDestination, 1);
+    return GetContents(m_sCombine, apRead, 2, &in_pDestination, 1);
 }
 
-void CQxcBufferEngine::SignalCombineError(HRESULT in_hrError) { SignalError(in_hrError); }
+void CQxcBufferEngine::SignalCombineError(HRESULT in_hrError) { SignalError(m_sCombine, in_hrError); }
 
 HRESULT CQxcBufferEngine::AsynchronousCombineSurfaces()
 {
     const HRESULT hr = m_oCombineService.CombineThread();
-    Complete(m_oCombineService.GetErrorCount() + (FAILED(hr) ? 1 : 0), [this] { m_oCombineService.UnlockSurfaces(); });
+    Complete(m_sCombine, m_oCombineService.GetErrorCount() + (FAILED(hr) ? 1 : 0),
+             [this] { m_oCombineService.UnlockSurfaces(); });
     return hr;
 }
 
@@ -298,15 +308,16 @@ HRESULT CQxcBufferEngine::InitializeExtractAVContent(IQxSurface* in_pSource, IQx
                                                      IQxSurface* in_pKey)
 {
     IQxSurface* const apWritten[2] = {in_pVideo, in_pKey};
-    return GetContents(&in_pSource, 1, apWritten, 2);
+    return GetContents(m_sExtract, &in_pSource, 1, apWritten, 2);
 }
 
-void CQxcBufferEngine::SignalExtractError(HRESULT in_hrError) { SignalError(in_hrError); }
+void CQxcBufferEngine::SignalExtractError(HRESULT in_hrError) { SignalError(m_sExtract, in_hrError); }
 
 HRESULT CQxcBufferEngine::AsynchronousExtractSurfaces()
 {
     const HRESULT hr = m_oExtractService.ExtractThread();
-    Complete(m_oExtractService.GetErrorCount() + (FAILED(hr) ? 1 : 0), [this] { m_oExtractService.UnlockSurfaces(); });
+    Complete(m_sExtract, m_oExtractService.GetErrorCount() + (FAILED(hr) ? 1 : 0),
+             [this] { m_oExtractService.UnlockSurfaces(); });
     return hr;
 }
 
@@ -330,15 +341,16 @@ HRESULT CQxcBufferEngine::ExtractVideoAndKeySurfaces(IQxSurface* in_pSource, IQx
 
 HRESULT CQxcBufferEngine::InitializeRotateSurfaces(IQxSurface* in_pSource, IQxSurface* in_pDestination)
 {
-    return GetContents(&in_pSource, 1, &in_pDestination, 1);
+    return GetContents(m_sRotate, &in_pSource, 1, &in_pDestination, 1);
 }
 
-void CQxcBufferEngine::signalRotateError(HRESULT in_hrError) { SignalError(in_hrError); }
+void CQxcBufferEngine::signalRotateError(HRESULT in_hrError) { SignalError(m_sRotate, in_hrError); }
 
 HRESULT CQxcBufferEngine::asynchronousRotateSurface()
 {
     const HRESULT hr = m_oCopyService.MainThreadCaller(keQxfBufferCopyServiceMainThreadRotate);
-    Complete(m_oCopyService.GetErrorCount() + (FAILED(hr) ? 1 : 0), [this] { m_oCopyService.UnlockSurfaces(); });
+    Complete(m_sRotate, m_oCopyService.GetErrorCount() + (FAILED(hr) ? 1 : 0),
+             [this] { m_oCopyService.UnlockSurfaces(); });
     return hr;
 }
 

@@ -39,23 +39,26 @@ public:
     HRESULT RotateSurface(IQxSurface* in_pSource, IQxSurface* in_pDestination, EQxRotationAngle in_eAngle) override;
 
 private:
-    // The content objects of one operation: those it reads and those it
-    // writes (which receive the error codes).
-    struct SContents {
+    // The surfaces of one operation and the content objects obtained from
+    // them: those it reads and those it writes (which receive the error
+    // codes). Held only while the operation runs.
+    struct SOperation {
+        IQxSurface* apReadSurfaces[2];
+        IQxSurface* apWrittenSurfaces[2];
         IQxAVContent* apRead[2];
         IQxAVContent* apWritten[2];
     };
 
     void Admit();
     void Leave();
-    HRESULT GetContents(IQxSurface* const* in_ppRead, unsigned int in_uiRead, IQxSurface* const* in_ppWritten,
-                        unsigned int in_uiWritten);
-    void SignalError(HRESULT in_hrError);
+    HRESULT GetContents(SOperation& io_rsOperation, IQxSurface* const* in_ppRead, unsigned int in_uiRead,
+                        IQxSurface* const* in_ppWritten, unsigned int in_uiWritten);
+    void SignalError(SOperation& io_rsOperation, HRESULT in_hrError);
     // Execution's end: write done, the error code (waited: 0x8999802F;
     // failed slices: 0x89998FFF), the next caller let in, read done,
     // completion, and the contents released.
     template <class TUnlock>
-    void Complete(uint32_t in_uiFailures, TUnlock in_fnUnlock);
+    void Complete(SOperation& io_rsOperation, uint32_t in_uiFailures, TUnlock in_fnUnlock);
     HRESULT Finish(HRESULT in_hrResult, int in_iArgument, const char* in_pszSuccess);
     HRESULT Fail(HRESULT in_hrError, int in_iArgument, const char* in_pszOperation);
     HRESULT InitializeCopyAVContents(IQxSurface* in_pSource, IQxSurface* in_pDestination);
@@ -86,7 +89,11 @@ private:
     std::atomic<bool> m_bNotRefused;
     std::atomic<int32_t> m_i32InFlight;
     CQxEvent m_oTurn;
-    SContents m_sContents;
+    SOperation m_sCopy;     // source; destination
+    SOperation m_sClear;    // the surface
+    SOperation m_sCombine;  // fill and key; destination
+    SOperation m_sExtract;  // source; fill and key
+    SOperation m_sRotate;   // source; destination
     bool m_bPlainCopy;
     bool m_bOpen;
 };
