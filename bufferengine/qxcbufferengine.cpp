@@ -1,4 +1,5 @@
 // The asynchronous host buffer engine and its factory.
+#include <qxbase/qxclassfactory.h>
 #include <qxbase/qxcengines.h>
 #include <qxbase/qxerrors.h>
 #include <qxbase/qxflexenginehelper.h>
@@ -24,6 +25,11 @@ CQxUnknown* CQxcBufferEngineFactory::CreateInstance(IUnknown* in_pUnkOuter, HRES
     CQxcBufferEngineFactory* pFactory = new (std::nothrow) CQxcBufferEngineFactory(in_pUnkOuter);
     if (out_phr) *out_phr = pFactory ? S_OK : E_OUTOFMEMORY;
     return pFactory;
+}
+
+HRESULT CQxcBufferEngineFactory::Register(bool in_bRegistering, const GUID* in_pClsid)
+{
+    return QxBaseCOMNamespace::QxInternalRegisterClass(in_bRegistering, in_pClsid);
 }
 
 HRESULT CQxcBufferEngineFactory::NonDelegatingQueryInterface(const GUID& riid, void** ppv)

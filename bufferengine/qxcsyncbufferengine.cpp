@@ -1,4 +1,5 @@
 // The synchronous host buffer engine and its factory.
+#include <qxbase/qxclassfactory.h>
 #include <qxbase/qxcengines.h>
 #include <qxbase/qxerrors.h>
 #include <qxbase/qxflexenginehelper.h>
@@ -22,6 +23,11 @@ CQxUnknown* CQxcSyncBufferEngineFactory::CreateInstance(IUnknown* in_pUnkOuter, 
     CQxcSyncBufferEngineFactory* pFactory = new (std::nothrow) CQxcSyncBufferEngineFactory(in_pUnkOuter);
     if (out_phr) *out_phr = pFactory ? S_OK : E_OUTOFMEMORY;
     return pFactory;
+}
+
+HRESULT CQxcSyncBufferEngineFactory::Register(bool in_bRegistering, const GUID* in_pClsid)
+{
+    return QxBaseCOMNamespace::QxInternalRegisterClass(in_bRegistering, in_pClsid);
 }
 
 HRESULT CQxcSyncBufferEngineFactory::NonDelegatingQueryInterface(const GUID& riid, void** ppv)

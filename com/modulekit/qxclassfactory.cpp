@@ -137,6 +137,14 @@ HRESULT QxInternalRegisterAllServers(const wchar_t* in_pwszModulePath)
     return hr;
 }
 
+HRESULT QxInternalRegisterClass(bool, const GUID* in_pClsid)
+{
+    if (!in_pClsid) return E_POINTER;
+    for (int32_t i = 0; i < g_iTemplates; ++i)
+        if (IsEqualGUID(*g_aoTemplates[i].m_pClsid, *in_pClsid)) return S_OK;
+    return CLASS_E_NOAGGREGATION;
+}
+
 HRESULT QxInternalUnregisterAllServers()
 {
     HRESULT hr = S_OK;

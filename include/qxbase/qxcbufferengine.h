@@ -77,6 +77,8 @@ public:
     // The class table's creation function: *out_phr is 0, or 0x8007000E
     // when nothing could be allocated.
     static CQxUnknown* CreateInstance(IUnknown* in_pUnkOuter, HRESULT* out_phr);
+    // The registration hook of the class (the module kit's shared one).
+    static HRESULT Register(bool in_bRegistering, const GUID* in_pClsid);
 
     explicit CQxcBufferEngineFactory(IUnknown* in_pUnkOuter);
     ~CQxcBufferEngineFactory() override;
@@ -91,6 +93,7 @@ public:
 class QXBASE_API CQxcSyncBufferEngineFactory : public CQxUnknown, public IQxcSyncBufferEngineFactory {
 public:
     static CQxUnknown* CreateInstance(IUnknown* in_pUnkOuter, HRESULT* out_phr);
+    static HRESULT Register(bool in_bRegistering, const GUID* in_pClsid);
 
     explicit CQxcSyncBufferEngineFactory(IUnknown* in_pUnkOuter);
     ~CQxcSyncBufferEngineFactory() override;

@@ -99,6 +99,12 @@ QXBASE_API HRESULT QxInternalGetClassObject(const GUID& rclsid, const GUID& riid
 QXBASE_API void QxInternalInitClasses(bool in_bLoading);
 QXBASE_API HRESULT QxInternalRegisterAllServers(const wchar_t* in_pwszModulePath);
 QXBASE_API HRESULT QxInternalUnregisterAllServers();
+// The registration hook a class can name in its row (m_pfnRegister), shared
+// by every factory: S_OK for a class of this module's table, so that its
+// row is registered or unregistered; E_POINTER without an identifier and
+// CLASS_E_NOAGGREGATION (the runtime's answer for an unknown class) for a
+// class the module does not offer, which stops a registration.
+QXBASE_API HRESULT QxInternalRegisterClass(bool in_bRegistering, const GUID* in_pClsid);
 }  // namespace QxBaseCOMNamespace
 
 #endif  // QXBASE_QXCLASSFACTORY_H

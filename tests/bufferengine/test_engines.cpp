@@ -1,6 +1,7 @@
 // The two engines end to end on host surfaces: plain copies, field weave,
 // rotation, combine and extract, clears, every refusal with nothing written
 // and nothing left locked, content signals, and the engines' own rules.
+#include <qxbase/qxclassfactory.h>
 #include <qxbase/qxcengines.h>
 #include <qxbase/qxerrors.h>
 #include <qxbase/qxflexenginehelper.h>
@@ -104,6 +105,18 @@ TEST_F(Engines, FactoriesAndEnginesAnswerTheirInterfacesOnly)
     EXPECT_EQ(m_pSync->QueryInterface(IID_IQxcBufferEngine, &p), E_NOINTERFACE);
     EXPECT_EQ(m_pAsync->SetConversionOptions(nullptr), S_OK);
     EXPECT_EQ(m_pSync->SetSyncConversionOptions(nullptr), S_OK);
+
+    // The factories' registration hook lets the library's two classes be
+    // registered and unregistered, and stops anything else.
+    const PFNQxRegisterRoutine apfnHooks[] = {CQxcBufferEngineFactory::Register,
+                                              CQxcSyncBufferEngineFactory::Register};
+    for (PFNQxRegisterRoutine pfnRegister : apfnHooks)
+        for (bool bRegistering : {true, false}) {
+            EXPECT_EQ(pfnRegister(bRegistering, &CLSID_QxcBufferEngine), S_OK);
+            EXPECT_EQ(pfnRegister(bRegistering, &CLSID_QxcSyncBufferEngine), S_OK);
+            EXPECT_EQ(pfnRegister(bRegistering, &IID_IQxcBufferEngineFactory), CLASS_E_NOAGGREGATION);
+            EXPECT_EQ(pfnRegister(bRegistering, nullptr), E_POINTER);
+        }
 }
 
 TEST_F(Engines, PlainCopiesMoveTheRectangleBytesAndSignalTheContents)
