@@ -42,12 +42,11 @@ bool PictureFitsBuffer(EQxcSurfaceType in_eType, uint32_t in_uiWidth, uint32_t i
 
 // Microseconds from the process clock: counter ticks over ticks per
 // millisecond, or real-time nanoseconds where the counter is not invariant.
-uint64_t NowMicroseconds()
+uint64_t NowMicroseconds(CQxPerfTimer* in_pTimer)
 {
-    CQxPerfTimer* pTimer = CQxPerfTimer::GetTimerClass();
-    const uint64_t ui64Ticks = pTimer->GetTickCount();
+    const uint64_t ui64Ticks = in_pTimer->GetTickCount();
     if (!g_bInvariantTSC) return ui64Ticks / 1000;
-    const uint64_t ui64PerMillisecond = pTimer->GetProcessorSpeed();
+    const uint64_t ui64PerMillisecond = in_pTimer->GetProcessorSpeed();
     return ui64Ticks / ui64PerMillisecond * 1000 + ui64Ticks % ui64PerMillisecond * 1000 / ui64PerMillisecond;
 }
 
@@ -175,6 +174,7 @@ SQxcSlicePlan CQxcBufferCopyService::PlanSlices(uint32_t in_uiLines, bool in_bFi
 CQxcBufferCopyService::CQxcBufferCopyService()
     : CQxLightUnknown(L"BufferCopyService", nullptr),
       m_pEngine(nullptr),
+      m_pPerfTimer(CQxPerfTimer::GetTimerClass()),
       m_ui64RotateMin(65535),
       m_ui64RotateMax(0),
       m_ui64RotateTotal(0),
@@ -209,7 +209,7 @@ HRESULT CQxcBufferCopyService::OpenServices(IQxFlexEnginePrivate* in_pEngine)
             m_ppManagers[i]->CreateHostSurfaces();
         }
         m_pGenericCopy.reset(CQxcGenericCopyFactory::CreateGenericCopy());
-        m_pRotator = GenericRotateFactory::CreateGenericRotate();
+        m_pRotator = m_oRotateFactory.CreateGenericRotate();
         // One queue for the life of the service: the copies it serves come
         // one at a time, and making it once keeps a copy free of set-up.
         int iResult = 0;
@@ -618,10 +618,10 @@ HRESULT CQxcBufferCopyService::GenericRotateThread()
                                    : p.eAngle == keQxRotationAngle180 ? 180
                                    : p.eAngle == keQxRotationAngle270 ? 270
                                                                       : 0;
-    const uint64_t ui64Start = NowMicroseconds();
+    const uint64_t ui64Start = NowMicroseconds(m_pPerfTimer);
     const HRESULT hr = m_pRotator->Rotate(p.pucSource, p.pucDestination, p.uiSourceWidth, p.uiSourceHeight,
                                           uint32_t(p.iSourcePitch), uint32_t(p.iDestinationPitch), uiDegrees);
-    const uint64_t ui64Elapsed = NowMicroseconds() - ui64Start;
+    const uint64_t ui64Elapsed = NowMicroseconds(m_pPerfTimer) - ui64Start;
     if (FAILED(hr)) ++m_uiErrorCount;
     m_ui64RotateMin = std::min(m_ui64RotateMin, ui64Elapsed);
     m_ui64RotateMax = std::max(m_ui64RotateMax, ui64Elapsed);
@@ -734,6 +734,9 @@ void CQxcBufferCopyService::SetupSlice(CQxcHostSurfaceCopyManager* in_pManager, 
     m.m_uiFirstSourceLine = in_uiSourceLine;
     m.m_uiFirstDestinationLine = in_uiDestinationLine;
     m.m_uiChunks = p.uiChunks;
+    m.m_uiReadBytes = m_uiReadBytes;
+    m.m_uiWriteBytes = m_uiWriteBytes;
+    m.m_bFieldWeave = p.bFieldWeave;
     m.m_uiErrors = 0;
     m.m_bClaimed.store(false, std::memory_order_relaxed);
     const EQxcSurfaceType eSource = SurfaceTypeOf(p.eSourceType);
@@ -862,7 +865,7 @@ bool CQxcBufferCopyService::ConcurrencyCopyData(CQxcHostSurfaceCopyManager* in_p
     CQxcHostSurfaceCopyManager& m = *in_pManager;
     // A manager whose set-up failed converts nothing; its failure is counted.
     if (m.m_uiErrors != 0) return false;
-    const unsigned int uiFields = m_sParams.bFieldWeave ? 2 : 1;
+    const unsigned int uiFields = m.m_bFieldWeave ? 2 : 1;
     for (unsigned int i = 0; i < m.m_uiLines; ++i)
         for (unsigned int f = 0; f < uiFields; ++f)
             if (!ConvertLine(in_pManager, f, m.m_uiFirstSourceLine + i, m.m_uiFirstDestinationLine + i)) {
@@ -934,7 +937,7 @@ bool CQxcBufferCopyService::ConvertLine(CQxcHostSurfaceCopyManager* in_pManager,
     // last lines of a picture whose width is not a multiple of 16) goes
     // through staged copies: only the bytes of the line are read, and only
     // the bytes of the rectangle written.
-    const size_t uStage = (size_t(m_uiReadBytes) + m_uiWriteBytes + 127) & ~size_t(63);
+    const size_t uStage = (size_t(m.m_uiReadBytes) + m.m_uiWriteBytes + 127) & ~size_t(63);
     if (m.m_uScratchBytes < uStage) {
         std::free(m.m_pucScratch);
         m.m_pucScratch = static_cast<unsigned char*>(std::aligned_alloc(64, uStage));
@@ -942,7 +945,7 @@ bool CQxcBufferCopyService::ConvertLine(CQxcHostSurfaceCopyManager* in_pManager,
         if (!m.m_pucScratch) return false;
     }
     unsigned char* pucStagedSource = m.m_pucScratch;
-    unsigned char* pucStagedDestination = m.m_pucScratch + ((size_t(m_uiReadBytes) + 63) & ~size_t(63));
+    unsigned char* pucStagedDestination = m.m_pucScratch + ((size_t(m.m_uiReadBytes) + 63) & ~size_t(63));
     const uint32_t uiStagedWidth = p.uiChunks * 16;
     const uint64_t uSourceOffset = NQxcCopyRoutes::ByteOffsetOfPixel(p.eSourceType, p.uiSourceLeft);
     const uint64_t uDestinationOffset = NQxcCopyRoutes::ByteOffsetOfPixel(p.eDestinationType, p.uiDestinationLeft);
@@ -951,14 +954,14 @@ bool CQxcBufferCopyService::ConvertLine(CQxcHostSurfaceCopyManager* in_pManager,
     bool bDone = true;
     if (!bSourceDirect) {
         const uint64_t uStart = uint64_t(in_uiSourceLine) * uint64_t(rs.i64Pitch) + uSourceOffset;
-        const uint64_t uAvailable = rs.uBytes > uStart ? std::min<uint64_t>(rs.uBytes - uStart, m_uiReadBytes) : 0;
+        const uint64_t uAvailable = rs.uBytes > uStart ? std::min<uint64_t>(rs.uBytes - uStart, m.m_uiReadBytes) : 0;
         std::memcpy(pucStagedSource, rs.pucBase + uStart, size_t(uAvailable));
-        std::memset(pucStagedSource + uAvailable, 0, m_uiReadBytes - uAvailable);
-        bDone = InitializeOn(pSource, true, pucStagedSource, uiStagedWidth, 1, m_uiReadBytes);
+        std::memset(pucStagedSource + uAvailable, 0, m.m_uiReadBytes - uAvailable);
+        bDone = InitializeOn(pSource, true, pucStagedSource, uiStagedWidth, 1, m.m_uiReadBytes);
         uiSourceX = uiSourceY = 0;
     }
     if (!bDestinationDirect) {
-        bDone = bDone && InitializeOn(pDestination, false, pucStagedDestination, uiStagedWidth, 1, m_uiWriteBytes);
+        bDone = bDone && InitializeOn(pDestination, false, pucStagedDestination, uiStagedWidth, 1, m.m_uiWriteBytes);
         uiDestinationX = uiDestinationY = 0;
     }
     bDone = bDone && Convert(in_pManager, pSource, uiSourceX, uiSourceY, pDestination, uiDestinationX, uiDestinationY);
@@ -970,7 +973,7 @@ bool CQxcBufferCopyService::ConvertLine(CQxcHostSurfaceCopyManager* in_pManager,
             uDestinationOffset;
         const uint64_t uLineLeft = uint64_t(m_sParams.iDestinationPitch) - uDestinationOffset;
         const uint64_t uBufferLeft = rd.uBytes > uStart ? rd.uBytes - uStart : 0;
-        const uint64_t uBytes = std::min({uRectangle, uLineLeft, uBufferLeft, uint64_t(m_uiWriteBytes)});
+        const uint64_t uBytes = std::min({uRectangle, uLineLeft, uBufferLeft, uint64_t(m.m_uiWriteBytes)});
         std::memcpy(rd.pucBase + uStart, pucStagedDestination, size_t(uBytes));
     }
     // Back on the caller's picture for the lines that follow.
@@ -984,17 +987,21 @@ bool CQxcBufferCopyService::ConvertLine(CQxcHostSurfaceCopyManager* in_pManager,
 
 CQxcHostSurfaceCopyManager::CQxcHostSurfaceCopyManager(IQxFlexEnginePrivate* in_pEngine,
                                                        CQxcBufferCopyService* in_pService)
-    : m_uiLines(0),
-      m_uiFirstSourceLine(0),
-      m_uiFirstDestinationLine(0),
-      m_uiChunks(0),
-      m_uiErrors(0),
-      m_apSurfaces{},
+    : m_apSurfaces{},
       m_pYCbCrA4224_16bits_Unshaped(nullptr),
       m_pYCbCrA4224_16bits_Shaped(nullptr),
       m_pYCbCr422_16bits(nullptr),
       m_pEngine(in_pEngine),
       m_pService(in_pService),
+      m_uiLines(0),
+      m_uiFirstSourceLine(0),
+      m_uiFirstDestinationLine(0),
+      m_uiChunks(0),
+      m_uiReadBytes(0),
+      m_uiWriteBytes(0),
+      m_bFieldWeave(false),
+      m_uiErrors(0),
+      m_bClaimed(false),
       m_pucScratch(nullptr),
       m_uScratchBytes(0)
 {

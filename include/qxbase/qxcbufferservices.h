@@ -21,6 +21,7 @@
 
 class CQxcSurface;
 class CQxConcurrentWorkQueue;
+class CQxPerfTimer;
 class CQxcBufferCopyService;
 
 enum EQxfBufferCopyServiceMainThreadType : int32_t {
@@ -63,14 +64,6 @@ public:
     // started instead of sleeping while it waits for them.
     bool Claim() { return !m_bClaimed.exchange(true, std::memory_order_acq_rel); }
 
-    // Task parameters, set for each copy.
-    uint32_t m_uiLines;
-    uint32_t m_uiFirstSourceLine;
-    uint32_t m_uiFirstDestinationLine;
-    uint32_t m_uiChunks;
-    uint32_t m_uiErrors;
-    std::atomic<bool> m_bClaimed;
-
 private:
     friend class CQxcBufferCopyService;
     CQxcHostSurfaceCopyManager(const CQxcHostSurfaceCopyManager&) = delete;
@@ -80,13 +73,29 @@ private:
     CQxcSurface* m_pYCbCrA4224_16bits_Unshaped;
     CQxcSurface* m_pYCbCrA4224_16bits_Shaped;
     CQxcSurface* m_pYCbCr422_16bits;
+    alignas(64) unsigned char m_aucLine[kuiLineBytes];
     IQxFlexEnginePrivate* m_pEngine;
     CQxcBufferCopyService* m_pService;
+
+public:
+    // Task parameters, set for each slice.
+    uint32_t m_uiLines;
+    uint32_t m_uiFirstSourceLine;
+    uint32_t m_uiFirstDestinationLine;
+    uint32_t m_uiChunks;
+    // Bytes a line's conversion reads from the source's first block on, and
+    // writes; a line whose blocks would pass the caller's buffer is staged.
+    uint32_t m_uiReadBytes;
+    uint32_t m_uiWriteBytes;
+    bool m_bFieldWeave;  // each slice line is done in both fields
+    uint32_t m_uiErrors;
+    std::atomic<bool> m_bClaimed;
+
+private:
     // Lines staged for the last lines of a picture, whose whole blocks would
     // reach past the caller's buffer; made when first needed.
     unsigned char* m_pucScratch;
     size_t m_uScratchBytes;
-    alignas(64) unsigned char m_aucLine[kuiLineBytes];
 };
 
 class QXBASE_API CQxcBufferCopyService : public CQxLightUnknown {
@@ -213,7 +222,10 @@ private:
 
     IQxFlexEnginePrivate* m_pEngine;
     std::unique_ptr<CQxcGenericCopy> m_pGenericCopy;
+    GenericRotateFactory m_oRotateFactory;
     std::unique_ptr<GenericRotate> m_pRotator;
+    // The timing record of rotations, in microseconds.
+    CQxPerfTimer* m_pPerfTimer;
     uint64_t m_ui64RotateMin, m_ui64RotateMax, m_ui64RotateTotal, m_ui64RotateCount;
     CQxcHostSurfaceCopyManager** m_ppManagers;
     CQxConcurrentWorkQueue* m_pWorkQueue;
