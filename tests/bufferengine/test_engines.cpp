@@ -473,6 +473,63 @@ TEST_F(Engines, SynchronousEngineRefusesEverythingAfterANullSurface)
     EXPECT_EQ(pDestination->GetLockCount(), 0);
 }
 
+// A surface that, on its first lock, runs a call of the test first: a call
+// nested in the engine's operation on the same thread.
+class CReenteringSurface : public CQxLightUnknown, public IQxSurface {
+public:
+    CReenteringSurface(CQxcHostSurface* in_pInner, std::function<void()> in_fnOnLock)
+        : CQxLightUnknown(L"reentering", nullptr), m_pInner(in_pInner), m_fnOnLock(std::move(in_fnOnLock))
+    {
+    }
+    QX_DECLARE_IUNKNOWN
+    HRESULT GetSurfaceDescription(SQxSurfaceDescription* p) override { return m_pInner->GetSurfaceDescription(p); }
+    HRESULT GetAVContent(IQxAVContent** p) override { return m_pInner->GetAVContent(p); }
+    HRESULT LockBuffer(EQxBufferAccess a, void** b, int32_t* p, uint32_t* s) override
+    {
+        if (std::function<void()> fn = std::move(m_fnOnLock)) {
+            m_fnOnLock = nullptr;
+            fn();
+        }
+        return m_pInner->LockBuffer(a, b, p, s);
+    }
+    HRESULT UnlockBuffer() override { return m_pInner->UnlockBuffer(); }
+    HRESULT GetFrameInformation(SQxFrameInformation* p) override { return m_pInner->GetFrameInformation(p); }
+    HRESULT SetFrameInformation(const SQxFrameInformation* p) override { return m_pInner->SetFrameInformation(p); }
+
+private:
+    CQxcHostSurface* m_pInner;
+    std::function<void()> m_fnOnLock;
+};
+
+TEST_F(Engines, SynchronousEngineRefusesACallNestedInItsOwnOperation)
+{
+    std::mt19937 oRandom = SeededRandom("Engines.Nested");
+    auto pSource = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 64, 16));
+    auto pDestination = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 64, 16));
+    auto pOther = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 64, 16));
+    FillRandomPixels(pSource.get(), oRandom);
+    FillRandomPixels(pOther.get(), oRandom);
+    const std::vector<unsigned char> vOther(pOther->GetBuffer(), pOther->GetBuffer() + pOther->GetBufferSize());
+    SQxRect s = Whole(pSource.get());
+    HRESULT hrNestedCopy = S_OK, hrNestedClear = S_OK;
+    CReenteringSurface* pReentering = new CReenteringSurface(pSource.get(), [&] {
+        SQxRect r = s;
+        hrNestedCopy = m_pSync->SyncCopySurface(pOther.get(), &r, pDestination.get(), &r, keQxFilterModeNearest);
+        hrNestedClear = m_pSync->SyncClearSurface(pOther.get(), keQxColorBlack, 1.0f);
+    });
+    // The outer copy runs to its end; the nested calls are refused, do
+    // nothing and give their count back.
+    EXPECT_EQ(m_pSync->SyncCopySurface(pReentering, &s, pDestination.get(), &s, keQxFilterModeNearest), S_OK);
+    EXPECT_EQ(hrNestedCopy, QX_E_OPERATION_REFUSED);
+    EXPECT_EQ(hrNestedClear, QX_E_OPERATION_REFUSED);
+    EXPECT_EQ(0, std::memcmp(pSource->GetBuffer(), pDestination->GetBuffer(), pSource->GetBufferSize()));
+    EXPECT_TRUE(std::equal(vOther.begin(), vOther.end(), pOther->GetBuffer()));
+    for (CQxcHostSurface* p : {pSource.get(), pDestination.get(), pOther.get()}) EXPECT_EQ(p->GetLockCount(), 0);
+    pReentering->NonDelegatingRelease();
+    EXPECT_EQ(m_pSync->SyncClearSurface(pOther.get(), keQxColorBlack, 1.0f), S_OK);
+    EXPECT_EQ(m_pSync->SyncCopySurface(pOther.get(), &s, pDestination.get(), &s, keQxFilterModeNearest), S_OK);
+}
+
 // A surface that holds its first lock until the test lets it go, so that a
 // second caller can be made to arrive while an operation is in progress.
 class CHeldSurface : public CQxLightUnknown, public IQxSurface {
