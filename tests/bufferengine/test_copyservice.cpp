@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "bufferengine/enginekit.h"
 
 namespace {
@@ -67,15 +69,24 @@ TEST(CopyChecks, WidthRulesRgb10FlagAndSupportedPairs)
     EXPECT_FALSE(CQxcBufferCopyService::isConversionRgb10AndYuv(keQxcSurfaceTypeRGBA_8bits_Unshaped, G,
                                                                 keQxcSurfaceTypeYCbCr422_8bits, Y));
 
-    // The diagonal and the deliberate asymmetries.
-    for (int t = 0; t < kiQxcSurfaceTypeCount; ++t)
-        EXPECT_TRUE(CQxcBufferCopyService::IsSupportedCopy(EQxcSurfaceType(t), EQxcSurfaceType(t)));
-    EXPECT_TRUE(CQxcBufferCopyService::IsSupportedCopy(keQxcSurfaceType2VUY_8bits, keQxcSurfaceTypeV210_10bits));
-    EXPECT_FALSE(CQxcBufferCopyService::IsSupportedCopy(keQxcSurfaceType2VUY_8bits, keQxcSurfaceTypeYCbCr422_10bits));
-    EXPECT_TRUE(CQxcBufferCopyService::IsSupportedCopy(keQxcSurfaceTypeYCbCrA4224_8bits_Shaped,
-                                                       keQxcSurfaceTypeRGBA_8bits_Shaped));
-    EXPECT_FALSE(CQxcBufferCopyService::IsSupportedCopy(keQxcSurfaceTypeYCbCrA4224_8bits_Shaped,
-                                                        keQxcSurfaceTypeRGBA_8bits_Unshaped));
+    // The whole matrix: the diagonal and these pairs (source first, then
+    // its destinations), nothing else.
+    const std::vector<std::vector<int>> vvAllowed = {
+        {0, 1, 3, 4, 11, 12, 13, 28, 32}, {1, 0, 3, 4, 13, 26, 28, 32}, {2, 0, 1, 3, 4, 14},
+        {3, 0, 1, 4, 11, 13, 28, 32},     {4, 0, 1, 3, 13, 28, 32},     {5, 0, 1, 3, 4, 14},
+        {10, 0, 1, 2, 3, 4, 5},           {11, 0, 3, 12, 13},           {12, 0, 11},
+        {13, 0, 1, 3, 4, 11},             {14, 2, 5},                   {22, 13},
+        {26, 1},                          {28, 0, 1, 3, 4},             {34, 13},
+        {36, 13}};
+    bool abExpected[kiQxcSurfaceTypeCount][kiQxcSurfaceTypeCount] = {};
+    for (int t = 0; t < kiQxcSurfaceTypeCount; ++t) abExpected[t][t] = true;
+    for (const std::vector<int>& v : vvAllowed)
+        for (size_t i = 1; i < v.size(); ++i) abExpected[v[0]][v[i]] = true;
+    for (int from = 0; from < kiQxcSurfaceTypeCount; ++from)
+        for (int to = 0; to < kiQxcSurfaceTypeCount; ++to)
+            EXPECT_EQ(CQxcBufferCopyService::IsSupportedCopy(EQxcSurfaceType(from), EQxcSurfaceType(to)),
+                      abExpected[from][to])
+                << from << " to " << to;
     EXPECT_FALSE(CQxcBufferCopyService::IsSupportedCopy(keQxcSurfaceTypeInvalid, keQxcSurfaceTypeYCbCr422_8bits));
     EXPECT_FALSE(CQxcBufferCopyService::IsSupportedCopy(keQxcSurfaceTypeYCbCr422_8bits, EQxcSurfaceType(37)));
 }
