@@ -134,8 +134,7 @@ public:
             m_pSource->SetPosition(0, y);
             m_pDestination->SetPosition(0, y);
             if (m_bBuffers) {
-                static_cast<CQxcBufferSurface*>(m_pDestination.get())
-                    ->CopyFrom(static_cast<CQxcBufferSurface*>(m_pSource.get()), s.ulWidth, 1);
+                static_cast<CQxcBufferSurface*>(m_pDestination.get())->CopyFrom(m_pSource.get(), s.ulWidth, 1);
                 continue;
             }
             m_pMiddle->SetPosition(0, 0);

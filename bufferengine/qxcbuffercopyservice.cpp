@@ -890,8 +890,7 @@ bool CQxcBufferCopyService::Convert(CQxcHostSurfaceCopyManager* in_pManager, CQx
     case NQxcCopyRoutes::keRouteDirect:
         return in_pDestination->CopyBlocksFrom(in_pSource, p.uiChunks, 1);
     case NQxcCopyRoutes::keRouteBuffer:
-        return static_cast<CQxcBufferSurface*>(in_pDestination)
-            ->CopyFrom(static_cast<CQxcBufferSurface*>(in_pSource), p.uiCopyWidth, 1);
+        return static_cast<CQxcBufferSurface*>(in_pDestination)->CopyFrom(in_pSource, p.uiCopyWidth, 1);
     case NQxcCopyRoutes::keRouteVia422_16bits:
         pIntermediate = m.m_pYCbCr422_16bits;
         break;
@@ -908,11 +907,9 @@ bool CQxcBufferCopyService::Convert(CQxcHostSurfaceCopyManager* in_pManager, CQx
         !pIntermediate->SetPosition(0, 0))
         return false;
     // The 10-bit and 16-bit RGB surfaces read the hub with their buffer
-    // kernels, which take it where a buffer surface is expected and use only
-    // what every surface has.
+    // kernels, through the CopyFrom that takes a source of either family.
     if (NQxcCopyRoutes::IsRgb(p.eDestinationType))
-        return static_cast<CQxcBufferSurface*>(in_pDestination)
-            ->CopyFrom(static_cast<const CQxcBufferSurface*>(pIntermediate), p.uiCopyWidth, 1);
+        return static_cast<CQxcBufferSurface*>(in_pDestination)->CopyFrom(pIntermediate, p.uiCopyWidth, 1);
     return in_pDestination->CopyBlocksFrom(pIntermediate, p.uiChunks, 1);
 }
 

@@ -16,13 +16,17 @@
         if (!ms_bCopyFunctionTableInitialized)                                                            \
             InitializeCopyFunctionTable();                                                                \
     }                                                                                                     \
-    Class::~Class() = default;
+    Class::~Class() = default;                                                                            \
+    bool Class::CopyFrom(const CQxcBufferSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight) \
+    {                                                                                                     \
+        return CopyFrom(static_cast<const CQxcSurface*>(in_pSource), in_uiWidth, in_uiHeight);            \
+    }
 
 // ... and the dispatcher: bRgb says the destination is RGB, TypeByRange is
 // the source type chosen by the destination's range (-1 for none).
 #define QXC_DEFINE_BUFFER_MIDDLE(Class, Base, Type, BlockSize, GroupBytes, GroupPixels, bRgb, TypeByRange)  \
     QXC_DEFINE_BUFFER_MIDDLE_BASE(Class, Base, Type, BlockSize, GroupBytes, GroupPixels)                     \
-    bool Class::CopyFrom(const CQxcBufferSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight) \
+    bool Class::CopyFrom(const CQxcSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight)    \
     {                                                                                                        \
         return DispatchCopy(this, ms_apfnCopyFunctions, in_pSource, in_uiWidth, in_uiHeight, bRgb, TypeByRange); \
     }
@@ -156,7 +160,7 @@ void CQxcRGBA_8bits_UnshapedBufferSurface::InitializeCopyFunctionTable()
     ms_bCopyFunctionTableInitialized = true;
 }
 
-bool CQxcRGBA_8bits_UnshapedBufferSurface::CopyFrom(const CQxcBufferSurface* in_pSource, unsigned int in_uiWidth,
+bool CQxcRGBA_8bits_UnshapedBufferSurface::CopyFrom(const CQxcSurface* in_pSource, unsigned int in_uiWidth,
                                                     unsigned int in_uiHeight)
 {
     const EQxcSurfaceType eType = in_pSource->GetSurfaceType();
@@ -254,3 +258,34 @@ QXC_DEFINE_BUFFER_MIDDLE(CQxcRGB24_8bits_BufferSurface, CQxcRgbBufferSurface, ke
                          true, keQxcSurfaceTypeRGB24_8bits)
 QXC_DEFINE_BUFFER_MIDDLE(CQxcRGB36_12bits_BufferSurface, CQxcRgbBufferSurface, keQxcSurfaceTypeRGB36_12bits, 72, 36, 8,
                          true, keQxcSurfaceTypeRGB36_12bits)
+
+// ------------------------------------------------- a source of either family
+// The formats whose rows read the 16-bit 4:2:2:4 hub, by their type values,
+// each of which names one class.
+#define QXC_HUB_READERS(X)                                                        \
+    X(keQxcSurfaceTypeA2R10G10B10_Unshaped, CQxcA2R10G10B10_UnshapedBufferSurface) \
+    X(keQxcSurfaceTypeA2B10G10R10_Unshaped, CQxcA2B10G10R10_UnshapedBufferSurface) \
+    X(keQxcSurfaceTypeABGR_16bits_Unshaped, CQxcABGR_16bits_UnshapedBufferSurface) \
+    X(keQxcSurfaceTypeK64ARGB_Unshaped, CQxcK64ARGB_UnshapedBufferSurface)         \
+    X(keQxcSurfaceTypeR4FL_Unshaped, CQxcR4FL_YUYA_32bits_UnshapedBufferSurface)   \
+    X(keQxcSurfaceTypeRGB24_8bits, CQxcRGB24_8bits_BufferSurface)                  \
+    X(keQxcSurfaceTypeRGB36_12bits, CQxcRGB36_12bits_BufferSurface)
+#define QXC_HUB_READER_CASE(Type, Class) \
+    case Type:                           \
+        return static_cast<Class*>(this)->CopyFrom(in_pSource, in_uiWidth, in_uiHeight);
+
+bool CQxcBufferSurface::CopyFrom(const CQxcSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight)
+{
+    if (IsBufferSurfaceType(in_pSource->GetSurfaceType()))
+        return CopyFrom(static_cast<const CQxcBufferSurface*>(in_pSource), in_uiWidth, in_uiHeight);
+    switch (m_eSurfaceType) {
+        QXC_HUB_READERS(QXC_HUB_READER_CASE)
+    default: {
+        // No kernel of this format reads a block surface: only an empty call
+        // succeeds, as it does for any source.
+        unsigned int uiMode = 0;
+        bool bDone = false;
+        return PrepareCopyFrom(in_pSource, in_uiWidth, in_uiHeight, false, uiMode, bDone) && bDone;
+    }
+    }
+}

@@ -11,7 +11,7 @@ QXC_DEFINE_BUFFER_LEAF_LIFETIME(CQxcRGBA_8bits_UnshapedBufferSurfaceSSE2, CQxcRG
 QXC_DEFINE_RGB_FILLS(CUnshaped, QXC_SSE2_PIXEL_JOB, KFillRgba8, XYccToRgb8, 8)
 
 namespace {
-bool Is2vuy(const CQxcBufferSurface* in_pSource)
+bool Is2vuy(const CQxcSurface* in_pSource)
 {
     return dynamic_cast<const qxc2VUY_8bits_BufferSurface*>(in_pSource) != nullptr;
 }

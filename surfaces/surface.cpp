@@ -7,9 +7,6 @@
 
 namespace {
 
-// Types 13 and above are the pixel-addressed (buffer) surfaces.
-bool IsBufferType(EQxcSurfaceType in_eType) { return in_eType >= keQxcSurfaceTypeRGBA_8bits_Unshaped; }
-
 // Pixels and bytes of the addressing unit of each buffer surface type (the
 // smallest run of whole pixels that starts on a byte); 0 where no buffer
 // surface has the type.
@@ -85,7 +82,7 @@ bool CQxcSurface::Initialize(unsigned char* in_pucBuffer, unsigned int in_uiWidt
 
 unsigned int CQxcSurface::UnitOffset(unsigned int in_uiPixel) const
 {
-    if (IsBufferType(m_eSurfaceType)) {
+    if (IsBufferSurfaceType(m_eSurfaceType)) {
         const SPositionUnit& rsUnit = kasBufferUnits[m_eSurfaceType];
         return rsUnit.uiPixels == 0 ? 0 : in_uiPixel / rsUnit.uiPixels * rsUnit.uiBytes;
     }
@@ -102,8 +99,8 @@ bool CQxcSurface::SetPosition(unsigned int in_uiX, unsigned int in_uiY)
         return false;
     m_uiCursorLine = in_uiY;
     m_uiCursorBlock = in_uiX / 16;
-    const unsigned int uiPixel = IsBufferType(m_eSurfaceType) ? in_uiX : 16 * m_uiCursorBlock;
-    if (IsBufferType(m_eSurfaceType))
+    const unsigned int uiPixel = IsBufferSurfaceType(m_eSurfaceType) ? in_uiX : 16 * m_uiCursorBlock;
+    if (IsBufferSurfaceType(m_eSurfaceType))
         static_cast<CQxcBufferSurface*>(this)->m_uiCursorPixel = in_uiX;
     m_pucCurrent = m_pucBuffer + static_cast<long>(in_uiY) * m_lPitch + UnitOffset(uiPixel);
     return true;
@@ -128,7 +125,7 @@ namespace {
 // The pixel a surface's cursor stands on, and how many pixels a line holds.
 unsigned int FirstPixel(const CQxcSurface& in_rs)
 {
-    if (in_rs.GetSurfaceType() >= keQxcSurfaceTypeRGBA_8bits_Unshaped)
+    if (CQxcSurface::IsBufferSurfaceType(in_rs.GetSurfaceType()))
         return static_cast<const CQxcBufferSurface&>(in_rs).GetCursorPixel();
     return 16 * in_rs.GetCursorBlock();
 }
@@ -292,8 +289,11 @@ SQxcBlockJob PixelDestinationJob(const CQxcBufferSurface& in_r, unsigned int in_
 }  // namespace
 
 bool CQxcBufferSurface::RunPixelJob(PFNQxcPixelJob in_pfnJob, const CQxcSurface* in_pSource, unsigned int in_uiWidth,
-                                    unsigned int in_uiHeight, const CQxcBufferSurface* in_pRgbSide)
+                                    unsigned int in_uiHeight, const CQxcSurface* in_pRgbSide)
 {
+    if (!IsBufferSurfaceType(in_pRgbSide->GetSurfaceType()))
+        return false;
+    const CQxcBufferSurface* pRgbSide = static_cast<const CQxcBufferSurface*>(in_pRgbSide);
     SQxcBlockJob sJob = PixelDestinationJob(*this, in_uiWidth, in_uiHeight);
     if (in_pSource != nullptr) {
         sJob.pucSource = in_pSource->GetBuffer() + static_cast<long>(in_pSource->GetCursorLine()) * in_pSource->GetPitch();
@@ -302,8 +302,8 @@ bool CQxcBufferSurface::RunPixelJob(PFNQxcPixelJob in_pfnJob, const CQxcSurface*
         sJob.uiSourceLinePixels = LinePixels(*in_pSource);
         sJob.bSourceKeyPresent = in_pSource->IsKeyPresent();
     }
-    sJob.psCoeff = in_pRgbSide->m_psRgbCoeff;
-    sJob.iRgbRange = in_pRgbSide->m_eColorRange;
+    sJob.psCoeff = pRgbSide->m_psRgbCoeff;
+    sJob.iRgbRange = pRgbSide->m_eColorRange;
     sJob.psRangeCoeff = &CQxcRgbBufferSurface::ms_sRgbToRgbCoeff;
     if (!in_pfnJob(sJob))
         return false;

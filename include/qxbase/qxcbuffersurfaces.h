@@ -3,8 +3,8 @@
 // [source type][mode] (mode 0 the plain kernel, mode 1 the filtering or
 // interpolating one) and the dispatching CopyFrom, and declares its kernels
 // pure in slot order; its SSE2 (or, for RGB24 and RGB36, CPP) leaf class
-// supplies them. The dispatcher does not test an entry for emptiness: callers
-// request only the pairs listed with each class.
+// supplies them. A source whose entry is empty is refused (false, nothing
+// written) rather than called.
 //
 // Memory layouts, lowest address first; multi-byte words little-endian unless
 // said otherwise; lines follow each other at the pitch:
@@ -66,14 +66,18 @@
 
 #include <qxbase/qxcsurface.h>
 
-// The signature of every buffer kernel.
+// The signature of every buffer kernel. The source is a surface of either
+// family: the kernels that read the hub are given a block surface.
 #define QXC_BUFFER_KERNEL(Name) \
-    bool Name(const CQxcBufferSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight)
+    bool Name(const CQxcSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight)
 
-// What every buffer middle class with a kernel table declares.
+// What every buffer middle class with a kernel table declares: the
+// dispatcher, which takes a source of either family, and the virtual slot,
+// which forwards to it.
 #define QXC_DECLARE_BUFFER_DISPATCH(Class)                                                      \
 public:                                                                                        \
-    typedef bool (Class::*PFNCopy)(const CQxcBufferSurface*, unsigned int, unsigned int);      \
+    typedef bool (Class::*PFNCopy)(const CQxcSurface*, unsigned int, unsigned int);            \
+    bool CopyFrom(const CQxcSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight); \
     bool CopyFrom(const CQxcBufferSurface* in_pSource, unsigned int in_uiWidth,                \
                   unsigned int in_uiHeight) override;                                          \
                                                                                                \
@@ -283,6 +287,7 @@ public:
 // surfaces, from their block cursor, over the blocks as far as both widths.
 class QXBASE_API qxc2VUY_8bits_BufferSurfaceSSE2 : public qxc2VUY_8bits_BufferSurface {
     QXC_DECLARE_BUFFER_LEAF(qxc2VUY_8bits_BufferSurfaceSSE2)
+    using qxc2VUY_8bits_BufferSurface::CopyFrom;
     bool CopyFrom(const CQxcBufferSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight) override;
     bool CopyBlocksFrom(const CQxcSurface* in_pSource, unsigned int in_uiWidthInBlocks,
                         unsigned int in_uiHeight) override;

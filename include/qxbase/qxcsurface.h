@@ -164,6 +164,13 @@ public:
 
     static const SQxcUnshapeReciprocals ms_sUnshapeReciprocal;
 
+    // Types 13 and above are those of the pixel-addressed (buffer) surfaces;
+    // the block surfaces have 0 to 12.
+    static bool IsBufferSurfaceType(EQxcSurfaceType in_eType)
+    {
+        return in_eType >= keQxcSurfaceTypeRGBA_8bits_Unshaped;
+    }
+
 protected:
     CQxcSurface(EQxcSurfaceType in_eType, unsigned int in_uiBlockSize, bool in_bCachedStores);
 
@@ -247,6 +254,13 @@ public:
 
     virtual bool CopyFrom(const CQxcBufferSurface* in_pSource, unsigned int in_uiWidth,
                           unsigned int in_uiHeight) = 0;
+    // The same conversion from a surface of either family: the 10-bit,
+    // 16-bit, float, RGB24 and RGB36 formats read the 16-bit 4:2:2:4 hub,
+    // which is a block surface and must not be passed where a buffer surface
+    // is expected. A buffer source goes to the virtual CopyFrom; a block
+    // source to the dispatcher of this surface's own class, which reads only
+    // what every surface has.
+    bool CopyFrom(const CQxcSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight);
 
     void GetPosition(unsigned int* out_puiX, unsigned int* out_puiY) const;
 
@@ -288,7 +302,7 @@ protected:
     // and [type][1] into a video-range one; the others [type][mode].
     template <class TSurface>
     static bool DispatchCopy(TSurface* in_pSelf, typename TSurface::PFNCopy const (*in_apfnTable)[2],
-                             const CQxcBufferSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight,
+                             const CQxcSurface* in_pSource, unsigned int in_uiWidth, unsigned int in_uiHeight,
                              bool in_bRgbDestination, int32_t in_iTypeByRange)
     {
         unsigned int uiMode = 0;
@@ -297,7 +311,7 @@ protected:
             return false;
         if (bDone)
             return true;
-        const int32_t iType = in_pSource->m_eSurfaceType;
+        const int32_t iType = in_pSource->GetSurfaceType();
         if (iType < 0 || iType >= kiQxcSurfaceTypeCount)
             return false;
         if (iType == in_iTypeByRange) {
@@ -318,9 +332,10 @@ protected:
     // pixels and in_uiHeight lines, with the coefficient set and colour range
     // of in_pRgbSide (the RGB surface of the pair), and advances this
     // surface's cursors. The caller has tested the ranges. False, with
-    // nothing written and no cursor moved, when the kernel refuses.
+    // nothing written and no cursor moved, when the kernel refuses, or when
+    // in_pRgbSide is a block surface (it has no coefficient set to lend).
     bool RunPixelJob(PFNQxcPixelJob in_pfnJob, const CQxcSurface* in_pSource, unsigned int in_uiWidth,
-                     unsigned int in_uiHeight, const CQxcBufferSurface* in_pRgbSide);
+                     unsigned int in_uiHeight, const CQxcSurface* in_pRgbSide);
     // A fill: zero sizes succeed, the range is tested, then the kernel runs
     // with the YUV colour (10-bit scale) and the RGB colour (at the
     // destination's depth).

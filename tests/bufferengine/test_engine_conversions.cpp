@@ -184,8 +184,7 @@ std::vector<uint8_t> ReferenceCopy(CQxcHostSurface* in_pSource, const SQxRect& i
                       in_rsTo.eRange);
         EXPECT_TRUE(pSource->SetPosition(unsigned(in_rsSource.left) & ~15u, uiSourceLine));
         EXPECT_TRUE(pDestination->SetPosition(unsigned(in_rsDestination.left) & ~15u, in_rsDestination.top + i));
-        const CQxcBufferSurface* pRgbSide = static_cast<const CQxcBufferSurface*>(
-            IsRgb(in_rsTo.eType) ? pDestination.get() : pSource.get());
+        const CQxcSurface* pRgbSide = IsRgb(in_rsTo.eType) ? pDestination.get() : pSource.get();
         if (!bBlocks) {
             EXPECT_TRUE(PixelReferenceOf(fnKind(in_rsTo.eType), fnKind(in_rsFrom.eType))(
                 NQxTest::MakePixelJob(*pDestination, pSource.get(), uiWidth, 1, pRgbSide)));

@@ -110,9 +110,10 @@ inline unsigned LinePixelsOf(const CQxcSurface& in_r)
 }
 
 // The job of a buffer call from the surfaces' cursors (a null source for a
-// fill), with the coefficient set and levels of in_rRgbSide.
+// fill), with the coefficient set and levels of in_pRgbSide when it is a
+// buffer surface.
 inline SQxcBlockJob MakePixelJob(const CQxcSurface& in_rDestination, const CQxcSurface* in_pSource,
-                                 unsigned in_uiPixels, unsigned in_uiLines, const CQxcBufferSurface* in_pRgbSide)
+                                 unsigned in_uiPixels, unsigned in_uiLines, const CQxcSurface* in_pRgbSide)
 {
     SQxcBlockJob s = {};
     if (in_pSource != nullptr) {
@@ -130,9 +131,9 @@ inline SQxcBlockJob MakePixelJob(const CQxcSurface& in_rDestination, const CQxcS
     s.uiPixels = in_uiPixels;
     s.uiLines = in_uiLines;
     s.bCachedStores = in_rDestination.HasCachedStores();
-    if (in_pRgbSide != nullptr) {
-        s.psCoeff = in_pRgbSide->GetRgbCoeff();
-        s.iRgbRange = in_pRgbSide->GetColorRange();
+    if (const CQxcBufferSurface* pRgbSide = dynamic_cast<const CQxcBufferSurface*>(in_pRgbSide)) {
+        s.psCoeff = pRgbSide->GetRgbCoeff();
+        s.iRgbRange = pRgbSide->GetColorRange();
     }
     s.psRangeCoeff = &CQxcRgbBufferSurface::ms_sRgbToRgbCoeff;
     return s;

@@ -87,7 +87,7 @@ const EQxcSurfaceType kaeBlockTypes[] = {
 
 // A test leaf's kernel that is never called.
 #define QXT_NO_KERNEL(Name) \
-    bool Name(const CQxcBufferSurface*, unsigned int, unsigned int) override { return false; }
+    bool Name(const CQxcSurface*, unsigned int, unsigned int) override { return false; }
 #define QXT_NOT_HERE(Name) QXT_NO_KERNEL(Name)
 
 // Creates an unbound leaf of a block type through the factory.

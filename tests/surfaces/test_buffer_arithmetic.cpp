@@ -133,7 +133,7 @@ struct SLinePair {
         CQxcBufferSurface* p = static_cast<CQxcBufferSurface*>(pDestination.get());
         p->SetFilter(in_bMode);
         p->SetInterpolate(in_bMode);
-        return p->CopyFrom(static_cast<const CQxcBufferSurface*>(pSource.get()), in_uiPixels, 1);
+        return p->CopyFrom(pSource.get(), in_uiPixels, 1);
     }
 };
 
@@ -529,9 +529,7 @@ TEST(BufferArithmetic, RgbaThroughYcc4444AndBackStaysWithinOne)
             pHub->SetPosition(0, 0);
             SLinePair oK64(29, 13, uiPixels, e, eRange);
             Bind(*oK64.pSource, oK64.oSource.Data(), uiPixels, 1, oK64.oSource.Pitch(), true, e, eRange);
-            ASSERT_TRUE(static_cast<CQxcBufferSurface*>(oK64.pSource.get())
-                            ->CopyFrom(static_cast<const CQxcBufferSurface*>(pHub.get()), uiPixels, 1))
-                << s;
+            ASSERT_TRUE(static_cast<CQxcBufferSurface*>(oK64.pSource.get())->CopyFrom(pHub.get(), uiPixels, 1)) << s;
             ASSERT_TRUE(oK64.pSource->SetPosition(0, 0));
             ASSERT_TRUE(oK64.Run(uiPixels, false)) << s;
             for (unsigned p = 0; p < uiPixels; ++p)
@@ -558,8 +556,7 @@ TEST(BufferArithmetic, YuyvAndUyvyToRgbaAgreeWithLibyuvWithinTwo)
             auto pDestination = CreateSurface(13, false);
             Bind(*pSource, oSource.Data(), uiWidth, uiLines, oSource.Pitch(), false, e, keQxcColorRangeYuv);
             Bind(*pDestination, oOurs.Data(), uiWidth, uiLines, oOurs.Pitch(), true, e, keQxcColorRangeGraphic);
-            ASSERT_TRUE(static_cast<CQxcBufferSurface*>(pDestination.get())
-                            ->CopyFrom(static_cast<const CQxcBufferSurface*>(pSource.get()), uiWidth, uiLines));
+            ASSERT_TRUE(static_cast<CQxcBufferSurface*>(pDestination.get())->CopyFrom(pSource.get(), uiWidth, uiLines));
             if (e == keQxColorimetryITUR_BT_601) {
                 if (bUyvy)
                     libyuv::UYVYToARGB(oSource.Data(), int(oSource.Pitch()), oTheirs.Data(), int(oTheirs.Pitch()),

@@ -145,12 +145,10 @@ void RunCase(const SEntry& in_rs, const SCase& in_rc, std::mt19937& io_rRandom)
     pDestination->SetFilter(in_rs.iMode == 1);
     pDestination->SetInterpolate(in_rs.iMode == 1);
 
-    const CQxcBufferSurface* pRgbSide = static_cast<const CQxcBufferSurface*>(
-        IsRgbKind(in_rs.iDestination) ? pReference.get() : pSource.get());
+    const CQxcSurface* pRgbSide = IsRgbKind(in_rs.iDestination) ? pReference.get() : pSource.get();
     ASSERT_TRUE(in_rs.pfnReference(MakePixelJob(*pReference, pSource.get(), in_rc.uiPixels, in_rc.uiLines, pRgbSide)))
         << s;
-    ASSERT_TRUE(pDestination->CopyFrom(static_cast<const CQxcBufferSurface*>(pSource.get()), in_rc.uiPixels,
-                                       in_rc.uiLines))
+    ASSERT_TRUE(pDestination->CopyFrom(pSource.get(), in_rc.uiPixels, in_rc.uiLines))
         << s;
 
     ASSERT_TRUE(oKernel.SameAs(oReference)) << s;

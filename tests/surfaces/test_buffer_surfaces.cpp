@@ -262,6 +262,43 @@ TEST(BufferSurfaces, RefusedCallsWriteNothingAndMoveNoCursor)
     EXPECT_FALSE(oDestination.oPicture.SameAs(oBefore));
 }
 
+// The copy service holds every surface as a CQxcSurface and reads the hub
+// into the deep RGB and float formats: through the buffer root, a block
+// source reaches the formats whose rows hold the hub and no other.
+TEST(BufferSurfaces, ABlockSourceReachesOnlyTheFormatsThatReadTheHub)
+{
+    CPicture oHub(2 * 96, 1), oYuyv(2 * 32, 1);
+    std::mt19937 oRandom(52);
+    FillRandom(oHub.Data(), oHub.Bytes(), oRandom);
+    FillRandom(oYuyv.Data(), oYuyv.Bytes(), oRandom);
+    auto pHub = CreateSurface(7, false);
+    auto pYuyv = CreateBlockSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
+    static_cast<CQxcYCbCrA4224_16bits_UnshapedSurface*>(pHub.get())
+        ->InitializeRGB10(oHub.Data(), 32, 1, oHub.Pitch(), true, keQxColorimetryITUR_BT_709, keQxcColorRangeGraphic,
+                          keQxColorimetryITUR_BT_709);
+    pYuyv->Initialize(oYuyv.Data(), 32, 1, oYuyv.Pitch(), true, keQxColorimetryITUR_BT_709);
+    const CQxcSurface* pBlock = pHub.get();
+    for (int iKind : {28, 34, 32, 29, 30, 22, 36}) {
+        SBound o(iKind, 32, 1, keQxcColorRangeGraphic);
+        const CPicture oBefore(o.oPicture);
+        EXPECT_FALSE(AsBuffer(o.p)->CopyFrom(pYuyv.get(), 16, 1)) << "a block source other than the hub, " << iKind;
+        EXPECT_TRUE(o.oPicture.SameAs(oBefore)) << iKind;
+        ASSERT_TRUE(AsBuffer(o.p)->CopyFrom(pBlock, 32, 1)) << iKind;
+        EXPECT_FALSE(o.oPicture.SameAs(oBefore)) << iKind;
+        unsigned x = 0, y = 0;
+        AsBuffer(o.p)->GetPosition(&x, &y);
+        EXPECT_EQ(32u, x) << iKind;
+        EXPECT_TRUE(o.oPicture.GuardsIntact()) << iKind;
+    }
+    for (int iKind : {13, 14, 26, 15, kiKind2vuyBuffer, 16, 17, 18, 19, 20, 21, 31}) {
+        SBound o(iKind, 32, 1, iKind == 13 || iKind == 14 || iKind == 26 ? keQxcColorRangeGraphic : keQxcColorRangeYuv);
+        const CPicture oBefore(o.oPicture);
+        EXPECT_FALSE(AsBuffer(o.p)->CopyFrom(pBlock, 16, 1)) << iKind;
+        EXPECT_TRUE(AsBuffer(o.p)->CopyFrom(pBlock, 0, 1)) << "an empty call succeeds, " << iKind;
+        EXPECT_TRUE(o.oPicture.SameAs(oBefore)) << iKind;
+    }
+}
+
 // --------------------------------------------------- partial units keep
 TEST(BufferSurfaces, PartialUnitsKeepThePixelsOutsideTheCall)
 {
@@ -443,7 +480,7 @@ TEST(BufferSurfaces, HubRoundTripsThroughFloatAndTenBitRgb)
             pB->InitializeRGB10(oBack.Data(), uiPixels, 1, oBack.Pitch(), true, keQxColorimetryITUR_BT_709, eRange,
                                 keQxColorimetryITUR_BT_709);
             SBound o(iKind, uiPixels, 1, eRange);
-            ASSERT_TRUE(AsBuffer(o.p)->CopyFrom(reinterpret_cast<const CQxcBufferSurface*>(pH), uiPixels, 1));
+            ASSERT_TRUE(AsBuffer(o.p)->CopyFrom(pH, uiPixels, 1));
             o.p->SetPosition(0, 0);
             ASSERT_TRUE(pB->CopyBlocksFrom(o.p.get(), 3, 1));
             for (unsigned b = 0; b < 3; ++b) {

@@ -269,7 +269,7 @@ TEST(SurfaceModel, ReplaceBlockOf4444TakesWholePixelsAndTheHubKeepsItsRgbSide)
     QXC_BUFFER_KERNEL(Name) override { return Record(#Name, in_pSource, in_uiWidth, in_uiHeight); }
 
 struct SRecorder {
-    bool Record(const char* in_psz, const CQxcBufferSurface*, unsigned int, unsigned int)
+    bool Record(const char* in_psz, const CQxcSurface*, unsigned int, unsigned int)
     {
         sLast = in_psz;
         return true;
