@@ -176,7 +176,7 @@ public:                                                                         
 
 // ------------------------------------------------------------ YUV buffers
 // Sources: RGBA 8-bit unshaped (13), RGB24 (22).
-class QXBASE_API CQxcYCbCr422_8bits_BufferSurface : public CQxcBufferSurface {
+class QXBASE_API alignas(16) CQxcYCbCr422_8bits_BufferSurface : public CQxcBufferSurface {
     QXC_DECLARE_BUFFER_MIDDLE(CQxcYCbCr422_8bits_BufferSurface)
     QXC_KERNELS_YuvFromRgbaAndRgb24(QXC_PURE_BUFFER_KERNEL)
 };
@@ -275,7 +275,7 @@ class QXBASE_API CQxcYCbCrA4444_16bits_UnshapedBufferSurfaceSSE2 : public CQxcYC
 // 8-bit 2VUY read as pixels. It reports the 8-bit YCbCr 4:2:2 buffer type
 // (15), so that to every dispatch table it is an 8-bit 4:2:2 buffer. Its
 // SSE2 class supplies CopyFrom and CopyBlocksFrom itself; it has no table.
-class QXBASE_API qxc2VUY_8bits_BufferSurface : public CQxcBufferSurface {
+class QXBASE_API alignas(16) qxc2VUY_8bits_BufferSurface : public CQxcBufferSurface {
 public:
     explicit qxc2VUY_8bits_BufferSurface(bool in_bCachedStores);
     ~qxc2VUY_8bits_BufferSurface() override;

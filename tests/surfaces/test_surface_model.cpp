@@ -32,12 +32,32 @@ TEST(SurfaceModel, FactoryMakesUnboundLeavesWithTheirConstants)
     }
 }
 
-// Surface objects hold SIMD scratch that is loaded aligned.
-static_assert(alignof(CQxcYCbCrA4224_8bits_UnshapedSurfaceSSE2) == 16, "aligned surface");
-static_assert(alignof(CQxcYCbCr422_10bitsSurfaceSSE2) == 16, "aligned surface");
-static_assert(alignof(CQxcYCbCrA4224_16bits_UnshapedSurfaceSSE2) == 16, "aligned surface");
-static_assert(alignof(CQxcV210_10bitsSurfaceSSE2) == 16, "aligned surface");
-static_assert(alignof(CQxcRGBA_8bits_UnshapedBufferSurface) == 16, "aligned surface");
+// Surface objects hold SIMD scratch that is loaded aligned: every class the
+// factory makes is 16-byte aligned but the 8-bit YUYV and 2VUY block
+// surfaces and the AYCbCr one, which the ordinary allocator serves.
+template <class... TClasses>
+constexpr bool AllAligned16()
+{
+    return ((alignof(TClasses) == 16) && ...);
+}
+static_assert(AllAligned16<CQxcYCbCrA4224_8bits_UnshapedSurfaceSSE2, CQxcYCbCrA4224_8bits_ShapedSurfaceSSE2,
+                           CQxcYCbCr422_10bitsSurfaceSSE2, CQxcYCbCrA4224_10bits_UnshapedSurfaceSSE2,
+                           CQxcYCbCrA4224_10bits_ShapedSurfaceSSE2, CQxcYCbCr422_16bitsSurfaceSSE2,
+                           CQxcYCbCrA4224_16bits_UnshapedSurfaceSSE2, CQxcYCbCrA4224_16bits_ShapedSurfaceSSE2,
+                           CQxcYCbCrA4444_16bits_UnshapedSurfaceSSE2, CQxcV210_10bitsSurfaceSSE2>(),
+              "aligned block surfaces");
+static_assert(AllAligned16<CQxcYCbCr422_8bits_BufferSurfaceSSE2, qxc2VUY_8bits_BufferSurfaceSSE2,
+                           CQxcYCbCrA4224_8bits_UnshapedBufferSurfaceSSE2, CQxcYCbCrA4224_8bits_ShapedBufferSurfaceSSE2,
+                           CQxcYCbCr422_10bits_BufferSurfaceSSE2, CQxcYCbCrA4224_10bits_UnshapedBufferSurfaceSSE2,
+                           CQxcYCbCrA4224_10bits_ShapedBufferSurfaceSSE2,
+                           CQxcYCbCrA4444_16bits_UnshapedBufferSurfaceSSE2, CQxcV210_10bits_BufferSurfaceSSE2>(),
+              "aligned YUV buffer surfaces");
+static_assert(AllAligned16<CQxcRGBA_8bits_UnshapedBufferSurfaceSSE2, CQxcRGBA_8bits_ShapedBufferSurfaceSSE2,
+                           CQxcBGRA_8bits_UnshapedBufferSurfaceSSE2, CQxcRGB24_8bits_BufferSurfaceCPP,
+                           CQxcRGB36_12bits_BufferSurfaceCPP, CQxcA2R10G10B10_UnshapedBufferSurfaceSSE2,
+                           CQxcA2B10G10R10_UnshapedBufferSurfaceSSE2, CQxcABGR_16bits_UnshapedBufferSurfaceSSE2,
+                           CQxcK64ARGB_UnshapedBufferSurfaceSSE2, CQxcR4FL_YUYA_32bits_UnshapedBufferSurfaceSSE2>(),
+              "aligned RGB buffer surfaces");
 
 TEST(SurfaceModel, InitializeBindsAndCountsBlocksRoundedUp)
 {
