@@ -11,6 +11,7 @@ typedef CQxcYCbCrA4224_16bits_UnshapedSurface CHub;
 QXC_DEFINE_COPY_FUNCTION_TABLE(CQxcYCbCrA4224_16bits_UnshapedSurface, QXC_KERNELS_YCbCrA4224_16bits_Unshaped)
 
 QXC_DEFINE_RGB_COEFF_FAMILY(CQxcYCbCrA4224_16bits_UnshapedSurface)
+const SQxcRgbFilteringCoeff CHub::ms_sRgbFilteringPrivate = NQxcCoefficients::kRgbFilteringCoeff;
 
 namespace {
 const int16_t ki16Ones = -1;     // ff ff

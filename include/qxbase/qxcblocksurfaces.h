@@ -294,6 +294,8 @@ class QXBASE_API alignas(16) CQxcYCbCrA4224_16bits_UnshapedSurface : public CQxc
     const SQxcRgbCoeff* GetRgbCoeff() const { return m_psRgbCoeff; }
 
     QXC_DECLARE_RGB_COEFF_FAMILY
+    // Its own copy of the chroma filter set, as of the coefficient sets.
+    static const SQxcRgbFilteringCoeff ms_sRgbFilteringPrivate;
 
     // Byte masks, listed from the lowest address.
     static const SQxcLanes16 ms_ki128Zero;              // 00 x 16

@@ -172,12 +172,15 @@ TEST(ColorArithmetic, RangeAndFilterConstantsStandAsGiven)
     ExpectLanes(4112, rs.s4112, "4112");
     ExpectLanes(128, rs.s128, "128");
     ExpectLanes(64, rs.s64, "64");
-    const SQxcRgbFilteringCoeff& rsF = CQxcBufferSurface::ms_sRgbFilteringPrivate;
-    ExpectLanes(16384, rsF.sTapCentre, "1/2");
-    ExpectLanes(6144, rsF.sTapNear, "3/16");
-    ExpectLanes(2048, rsF.sTapFar, "1/16");
-    ExpectLanes(16, rsF.s16, "16");
-    ExpectLanes(4, rsF.s4, "4");
+    // Each owner of a family of coefficient sets has its filter set too.
+    for (const SQxcRgbFilteringCoeff* psF :
+         {&CQxcBufferSurface::ms_sRgbFilteringPrivate, &CQxcYCbCrA4224_16bits_UnshapedSurface::ms_sRgbFilteringPrivate}) {
+        ExpectLanes(16384, psF->sTapCentre, "1/2");
+        ExpectLanes(6144, psF->sTapNear, "3/16");
+        ExpectLanes(2048, psF->sTapFar, "1/16");
+        ExpectLanes(16, psF->s16, "16");
+        ExpectLanes(4, psF->s4, "4");
+    }
     EXPECT_EQ(0x4000400040004000ll, CQxcBufferSurface::ms_ki64HorizontalFilterCoeff0);
     EXPECT_EQ(0x1800180018001800ll, CQxcBufferSurface::ms_ki64HorizontalFilterCoeff1);
     EXPECT_EQ(0x0800080008000800ll, CQxcBufferSurface::ms_ki64HorizontalFilterCoeff2);
