@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <vector>
 
@@ -26,14 +27,11 @@ const char* const kRegistryFolder = "/opt/QueltoVideo/PLW.utils";
 bool g_bActive = false;
 std::string g_strReason = "not set up";
 
+// Removes entries it cannot read too (the overlay leaves its work folder
+// without permissions), as long as they are empty.
 int RemoveEntry(const char* in_pszPath, const struct stat*, int, struct FTW*)
 {
     return remove(in_pszPath);
-}
-
-void RemoveTree(const std::string& in_strPath)
-{
-    nftw(in_strPath.c_str(), RemoveEntry, 16, FTW_DEPTH | FTW_PHYS);
 }
 
 // Runs argv and returns its exit status, or -1 when it could not run.
@@ -76,18 +74,10 @@ bool MountOverlay(const std::string& in_strDir)
         g_strReason = "cannot mount an overlay on /opt: " + std::string(strerror(errno));
         return false;
     }
-    std::string strPath;
-    for (const char* p = kRegistryFolder + 1;; ++p) {
-        if (*p == '/' || *p == '\0') {
-            strPath.assign(kRegistryFolder, p);
-            if (mkdir(strPath.c_str(), 0755) != 0 && errno != EEXIST) {
-                g_strReason = "cannot create " + strPath + ": " + strerror(errno);
-                return false;
-            }
-        }
-        if (*p == '\0') break;
-    }
-    return true;
+    std::error_code error;
+    std::filesystem::create_directories(kRegistryFolder, error);
+    if (error) g_strReason = "cannot create " + std::string(kRegistryFolder) + ": " + error.message();
+    return !error;
 }
 
 }  // namespace
@@ -124,7 +114,7 @@ bool RunInSandbox(int argc, char** argv, int* out_iExitStatus)
     vecArgs.push_back(szSelf);
     for (int i = 1; i < argc; ++i) vecArgs.push_back(argv[i]);
     *out_iExitStatus = Run(vecArgs);
-    RemoveTree(szDir);
+    nftw(szDir, RemoveEntry, 16, FTW_DEPTH | FTW_PHYS);
     return true;
 }
 
@@ -139,15 +129,11 @@ void WriteRegistry(const std::string& in_strBytes)
     file.write(in_strBytes.data(), static_cast<std::streamsize>(in_strBytes.size()));
 }
 
+// A file, or the empty directory that stands in its place.
 void RemoveRegistry()
 {
-    struct stat st;
-    if (lstat(QX_CLASS_REGISTRY_PATH, &st) == 0) {
-        if (S_ISDIR(st.st_mode))
-            rmdir(QX_CLASS_REGISTRY_PATH);
-        else
-            unlink(QX_CLASS_REGISTRY_PATH);
-    }
+    std::error_code error;
+    std::filesystem::remove(QX_CLASS_REGISTRY_PATH, error);
 }
 
 void MakeRegistryADirectory()

@@ -1,7 +1,8 @@
-// The class factory, the entry points and the registration walk, as a
-// component module gets them: this program links the module kit whole and
-// defines its own class table, exactly like a module built with
-// qxbase_add_module.
+// The component bases, the owning pointer, the class factory, the entry
+// points and the registration walk, as a component module gets them: this
+// program links the module kit whole and defines its own class table,
+// exactly like a module built with qxbase_add_module, so the object counter
+// and the lock count seen here are its own.
 #include <qxbase/qxclassfactory.h>
 #include <qxbase/qxregistry.h>
 
@@ -21,13 +22,13 @@ using NQxTest::CStdoutCapture;
 using NQxTest::CTempDir;
 using NQxTest::ReadFile;
 
-const GUID IID_ITestValue = {0x3C1F0000, 0x0001, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, 0x01}};
-const GUID CLSID_Plain = {0x3C1F0001, 0x0001, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, 0x0A}};
-const GUID CLSID_Failing = {0x3C1F0002, 0x0001, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, 0x0B}};
-const GUID CLSID_Nothing = {0x3C1F0003, 0x0001, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, 0x0C}};
-const GUID CLSID_HalfBuilt = {0x3C1F0004, 0x0001, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, 0x0D}};
-const GUID CLSID_Hooked = {0x3C1F0005, 0x0001, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, 0x0E}};
-const GUID CLSID_Unknown = {0x3C1F00FF, 0x0001, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, 0xFF}};
+constexpr GUID TestGuid(uint8_t in_ucRow)
+{
+    return {0x3C1F0000u + in_ucRow, 0x0001, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, in_ucRow}};
+}
+const GUID IID_ITestValue = TestGuid(0), CLSID_Plain = TestGuid(1), CLSID_Failing = TestGuid(2),
+           CLSID_Nothing = TestGuid(3), CLSID_HalfBuilt = TestGuid(4), CLSID_Hooked = TestGuid(5),
+           CLSID_Unknown = TestGuid(0xFF);
 const HRESULT E_TEST_CREATION = QX_HRESULT(0x80070005u);
 
 class ITestValue : public IUnknown {
@@ -35,39 +36,34 @@ public:
     virtual int Value() = 0;
 };
 
-std::atomic<int> g_iCreations{0};
-std::atomic<int> g_iDestructions{0};
+std::atomic<int> g_iCreations{0}, g_iDestructions{0};
 std::vector<std::string> g_vecCalls;  // init and register hook calls, in order
 HRESULT g_hrRegisterHook = S_OK;
 
-class CValue : public CQxUnknown, public ITestValue {
+// A component answering ITestValue on either base, aggregatable.
+template <class TBase>
+class TValue : public TBase, public ITestValue {
 public:
-    CValue(IUnknown* in_pUnkOuter, HRESULT* out_phr) : CQxUnknown(L"CValue", in_pUnkOuter, out_phr)
-    {
-        ++g_iCreations;
-    }
-    ~CValue() override { ++g_iDestructions; }
+    explicit TValue(IUnknown* in_pUnkOuter) : TBase(L"value", in_pUnkOuter) { ++g_iCreations; }
+    TValue(IUnknown* in_pUnkOuter, HRESULT* out_phr) : TBase(L"value", in_pUnkOuter, out_phr) { ++g_iCreations; }
+    ~TValue() override { ++g_iDestructions; }
     QX_DECLARE_IUNKNOWN
     HRESULT NonDelegatingQueryInterface(const GUID& riid, void** ppv) override
     {
-        if (IsEqualGUID(riid, IID_ITestValue))
-            return QxGetInterface(static_cast<ITestValue*>(this), ppv);
-        return CQxUnknown::NonDelegatingQueryInterface(riid, ppv);
+        if (IsEqualGUID(riid, IID_ITestValue)) return QxGetInterface(static_cast<ITestValue*>(this), ppv);
+        return TBase::NonDelegatingQueryInterface(riid, ppv);
     }
     int Value() override { return 7; }
-    int32_t Count() const { return m_i32RefCount; }
+    int32_t Count() const { return this->m_i32RefCount; }
 };
+using CValue = TValue<CQxUnknown>;
+using CLightValue = TValue<CQxLightUnknown>;
 
 CQxUnknown* CreateValue(IUnknown* outer, HRESULT* phr) { return new CValue(outer, phr); }
-
-CQxUnknown* CreateFailing(IUnknown*, HRESULT* phr)
-{
-    *phr = E_TEST_CREATION;
-    return nullptr;
-}
-
+// Creation functions that fail: with their own code, with nothing at all,
+// and after building the object.
+CQxUnknown* CreateFailing(IUnknown*, HRESULT* phr) { return *phr = E_TEST_CREATION, nullptr; }
 CQxUnknown* CreateNothing(IUnknown*, HRESULT*) { return nullptr; }
-
 CQxUnknown* CreateHalfBuilt(IUnknown* outer, HRESULT* phr)
 {
     CValue* p = new CValue(outer, phr);
@@ -79,12 +75,7 @@ std::string Describe(const char* in_pszWhat, bool in_b, const GUID* in_pClsid)
 {
     return std::string(in_pszWhat) + (in_b ? "+" : "-") + std::to_string(in_pClsid->Data1 & 0xFF);
 }
-
-void InitHook(bool in_bLoading, const GUID* in_pClsid)
-{
-    g_vecCalls.push_back(Describe("init", in_bLoading, in_pClsid));
-}
-
+void InitHook(bool in_bLoading, const GUID* in_pClsid) { g_vecCalls.push_back(Describe("init", in_bLoading, in_pClsid)); }
 HRESULT RegisterHook(bool in_bRegistering, const GUID* in_pClsid)
 {
     g_vecCalls.push_back(Describe("reg", in_bRegistering, in_pClsid));
@@ -104,28 +95,32 @@ extern "C" int32_t g_iTemplates = sizeof(g_aoTemplates) / sizeof(g_aoTemplates[0
 
 namespace {
 
-// An outer object that counts what reaches it.
+// An outer object that counts the references and queries reaching it and
+// answers IUnknown only, with itself.
 class COuter : public IUnknown {
 public:
-    HRESULT QueryInterface(const GUID&, void** ppv) override
+    HRESULT QueryInterface(const GUID& riid, void** ppv) override
     {
-        *ppv = nullptr;
-        return E_NOINTERFACE;
+        ++m_iQueries;
+        *ppv = IsEqualGUID(riid, IID_IUnknown) ? this : nullptr;
+        if (!*ppv) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
     }
     uint32_t AddRef() override { return static_cast<uint32_t>(++m_iRefs); }
     uint32_t Release() override { return static_cast<uint32_t>(--m_iRefs); }
-    int m_iRefs = 1;
+    int m_iRefs = 1, m_iQueries = 0;
 };
 
 IClassFactory* GetFactory(const GUID& in_clsid)
 {
     IClassFactory* pFactory = nullptr;
-    EXPECT_EQ(DllGetClassObject(in_clsid, IID_IClassFactory, reinterpret_cast<void**>(&pFactory)),
-              S_OK);
+    EXPECT_EQ(DllGetClassObject(in_clsid, IID_IClassFactory, reinterpret_cast<void**>(&pFactory)), S_OK);
     return pFactory;
 }
 
-class ClassFactory : public ::testing::Test {
+// Every test starts from zero counts and must leave no live object behind.
+class Components : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -138,100 +133,153 @@ protected:
     int32_t m_i32Objects = 0;
 };
 
-TEST_F(ClassFactory, AnswersItsTwoInterfacesAndCountsPlainly)
+TEST_F(Components, BasesCountReferencesAndAnswerTheirOwnInterfacesOnly)
+{
+    // A heavy object is handed out without a reference, a light one owned
+    // by its creator; both count as live objects until their last release.
+    HRESULT hrLight = E_FAIL;
+    auto* pHeavy = new CValue(nullptr);
+    auto* pLight = new CLightValue(nullptr, &hrLight);
+    EXPECT_EQ(hrLight, S_OK);
+    EXPECT_EQ(g_i32Objects, m_i32Objects + 2);
+    EXPECT_EQ(pHeavy->Count(), 0);
+    EXPECT_EQ(pLight->Count(), 1);
+    EXPECT_EQ(pHeavy->NonDelegatingAddRef(), 1u);
+
+    void* pv = &pv;
+    EXPECT_EQ(pHeavy->NonDelegatingQueryInterface(CLSID_Unknown, &pv), E_NOINTERFACE);
+    EXPECT_EQ(pv, nullptr);
+    // A copy of the identifier (not the constant itself) compares by bytes.
+    GUID unknownCopy = IID_IUnknown;
+    EXPECT_EQ(pHeavy->NonDelegatingQueryInterface(unknownCopy, &pv), S_OK);
+    EXPECT_EQ(pv, static_cast<INonDelegatingUnknown*>(pHeavy));
+    ITestValue* pValue = nullptr;
+    EXPECT_EQ(pHeavy->QueryInterface(IID_ITestValue, reinterpret_cast<void**>(&pValue)), S_OK);
+    EXPECT_EQ(pValue->Value(), 7);
+    EXPECT_EQ(pHeavy->Count(), 3);
+    pValue->Release();
+    static_cast<INonDelegatingUnknown*>(pv)->NonDelegatingRelease();
+    EXPECT_EQ(g_iDestructions, 0);
+    EXPECT_EQ(pHeavy->NonDelegatingRelease(), 0u);
+    EXPECT_EQ(pLight->NonDelegatingRelease(), 0u);
+    EXPECT_EQ(g_iDestructions, 2);
+
+    // The status is stored before anything else; the owner is the object.
+    HRESULT hr = E_FAIL;
+    struct CWithHr : CQxUnknown {
+        explicit CWithHr(HRESULT* phr) : CQxUnknown(true, L"x", nullptr, phr) {}
+    } object(&hr);
+    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(object.GetOwner(), reinterpret_cast<IUnknown*>(static_cast<INonDelegatingUnknown*>(&object)));
+}
+
+// Catches what in_fn throws and says whether it was the smart pointer's.
+template <class TFn>
+std::string Thrown(TFn in_fn)
+{
+    try {
+        in_fn();
+    } catch (const CQxBaseException& e) {
+        return (dynamic_cast<const CQxSmartPointerException*>(&e) ? "" : "not a pointer exception: ") + e.m_strMessage;
+    }
+    return "nothing thrown";
+}
+
+TEST_F(Components, SmartPointerMisuseThrowsWithTheExactMessages)
+{
+    TQxSmartPtr<ITestValue> empty;
+    EXPECT_TRUE(!empty);
+    EXPECT_EQ(Thrown([&] { empty->Value(); }), "TQxSmartPtr::operator-> -> Internal pointer is NULL!");
+    EXPECT_EQ(Thrown([&] { (*empty).Value(); }), "TQxSmartPtr::operator* -> Internal pointer is NULL!");
+
+    auto* p = new CLightValue(nullptr);
+    {
+        TQxSmartPtr<ITestValue> sp;
+        p->QueryInterface(IID_ITestValue, reinterpret_cast<void**>(&sp));  // fills the empty slot
+        EXPECT_EQ(p->Count(), 2);
+        EXPECT_EQ(Thrown([&] { (void)&sp; }), "TQxSmartPtr::operator& -> Internal pointer will be overriden!");
+        // Self-assignment of the only reference keeps the object alive.
+        p->NonDelegatingRelease();
+        ITestValue* raw = sp;
+        sp = raw;
+        EXPECT_EQ(g_iDestructions, 0);
+        EXPECT_EQ(p->Count(), 1);
+        EXPECT_TRUE(sp == raw);
+    }
+    EXPECT_EQ(g_iDestructions, 1);
+}
+
+TEST_F(Components, FactoryCountsPlainlyAndCreatesWithExactlyTheQueriedReference)
 {
     IClassFactory* pFactory = GetFactory(CLSID_Plain);
     ASSERT_NE(pFactory, nullptr);
     EXPECT_EQ(g_i32Objects, m_i32Objects + 1);  // a factory is a live object too
-
     void* pv = nullptr;
-    GUID copy = IID_IUnknown;
-    EXPECT_EQ(pFactory->QueryInterface(copy, &pv), S_OK);
-    EXPECT_EQ(pv, pFactory);
-    copy = IID_IClassFactory;
-    EXPECT_EQ(pFactory->QueryInterface(copy, &pv), S_OK);
-    EXPECT_EQ(pv, pFactory);
-    pv = &copy;
+    for (GUID copy : {IID_IUnknown, IID_IClassFactory}) {
+        EXPECT_EQ(pFactory->QueryInterface(copy, &pv), S_OK);
+        EXPECT_EQ(pv, pFactory);
+    }
+    pv = &pv;
     EXPECT_EQ(pFactory->QueryInterface(IID_ITestValue, &pv), E_NOINTERFACE);
-    EXPECT_EQ(pv, &copy);  // untouched
+    EXPECT_EQ(pv, &pv);  // untouched
     EXPECT_EQ(pFactory->AddRef(), 4u);
-    EXPECT_EQ(pFactory->Release(), 3u);
-    EXPECT_EQ(pFactory->Release(), 2u);
-    EXPECT_EQ(pFactory->Release(), 1u);
-    EXPECT_EQ(pFactory->Release(), 0u);  // deleted
-}
+    for (uint32_t uiLeft : {3u, 2u, 1u}) EXPECT_EQ(pFactory->Release(), uiLeft);
 
-TEST_F(ClassFactory, CreatesWithExactlyTheQueriedReference)
-{
-    IClassFactory* pFactory = GetFactory(CLSID_Plain);
     ITestValue* pValue = nullptr;
-    ASSERT_EQ(pFactory->CreateInstance(nullptr, IID_ITestValue, reinterpret_cast<void**>(&pValue)),
-              S_OK);
-    EXPECT_EQ(pValue->Value(), 7);
+    ASSERT_EQ(pFactory->CreateInstance(nullptr, IID_ITestValue, reinterpret_cast<void**>(&pValue)), S_OK);
     EXPECT_EQ(static_cast<CValue*>(pValue)->Count(), 1);
     EXPECT_EQ(pValue->Release(), 0u);
-    EXPECT_EQ(g_iDestructions, 1);
-
     // A failed query destroys the new object again.
-    void* pv = &pFactory;
     EXPECT_EQ(pFactory->CreateInstance(nullptr, IID_IClassFactory, &pv), E_NOINTERFACE);
     EXPECT_EQ(pv, nullptr);
     EXPECT_EQ(g_iCreations, 2);
     EXPECT_EQ(g_iDestructions, 2);
-    pFactory->Release();
+    EXPECT_EQ(pFactory->Release(), 0u);  // deletes it
 }
 
-TEST_F(ClassFactory, AggregationHandsOutTheNonDelegatingSideOnly)
+TEST_F(Components, AggregatedObjectHandsOutItsInnerSideAndDelegatesToTheOuter)
 {
     IClassFactory* pFactory = GetFactory(CLSID_Plain);
     COuter outer;
-
     void* pv = &outer;
     EXPECT_EQ(pFactory->CreateInstance(&outer, IID_ITestValue, &pv), E_NOINTERFACE);
-    EXPECT_EQ(pv, &outer);  // untouched
+    EXPECT_EQ(pv, &outer);       // untouched
     EXPECT_EQ(g_iCreations, 0);  // refused before anything was built
 
     INonDelegatingUnknown* pInner = nullptr;
-    ASSERT_EQ(pFactory->CreateInstance(&outer, IID_IUnknown, reinterpret_cast<void**>(&pInner)),
-              S_OK);
+    ASSERT_EQ(pFactory->CreateInstance(&outer, IID_IUnknown, reinterpret_cast<void**>(&pInner)), S_OK);
+    pFactory->Release();
     CValue* pObject = static_cast<CValue*>(pInner);
-    EXPECT_EQ(pInner, static_cast<INonDelegatingUnknown*>(pObject));
     EXPECT_EQ(pObject->Count(), 1);
     EXPECT_EQ(outer.m_iRefs, 1);
-
-    // Queries through the inner interface reach the outer's count only.
+    // References taken through the interfaces reach the outer's count only,
+    // and their queries are the outer's.
     ITestValue* pValue = nullptr;
-    ASSERT_EQ(pInner->NonDelegatingQueryInterface(IID_ITestValue, reinterpret_cast<void**>(&pValue)),
-              S_OK);
+    ASSERT_EQ(pInner->NonDelegatingQueryInterface(IID_ITestValue, reinterpret_cast<void**>(&pValue)), S_OK);
     EXPECT_EQ(outer.m_iRefs, 2);
     pValue->AddRef();
     EXPECT_EQ(outer.m_iRefs, 3);
-    EXPECT_EQ(pObject->Count(), 1);
-    void* pvOuter = &outer;
-    EXPECT_EQ(pValue->QueryInterface(IID_ITestValue, &pvOuter), E_NOINTERFACE);  // the outer answered
-    EXPECT_EQ(pvOuter, nullptr);
+    EXPECT_EQ(pValue->QueryInterface(IID_IUnknown, &pv), S_OK);
+    EXPECT_EQ(pv, &outer);
+    EXPECT_EQ(pValue->QueryInterface(IID_ITestValue, &pv), E_NOINTERFACE);
+    EXPECT_EQ(outer.m_iQueries, 2);
+    outer.Release();
     pValue->Release();
     pValue->Release();
     EXPECT_EQ(outer.m_iRefs, 1);
+    EXPECT_EQ(pObject->Count(), 1);
     EXPECT_EQ(pInner->NonDelegatingRelease(), 0u);
     EXPECT_EQ(g_iDestructions, 1);
-    pFactory->Release();
 }
 
-TEST_F(ClassFactory, CreationFailuresGiveTheirCodesAndLeaveNothingBehind)
+TEST_F(Components, CreationFailuresGiveTheirCodesAndLeaveNothingBehind)
 {
-    struct {
-        const GUID* pClsid;
-        HRESULT hrExpected;
-    } cases[] = {
-        {&CLSID_Failing, E_TEST_CREATION},
-        {&CLSID_Nothing, E_OUTOFMEMORY},
-        {&CLSID_HalfBuilt, E_TEST_CREATION},
-    };
-    for (const auto& c : cases) {
-        IClassFactory* pFactory = GetFactory(*c.pClsid);
+    const std::pair<const GUID*, HRESULT> cases[] = {
+        {&CLSID_Failing, E_TEST_CREATION}, {&CLSID_Nothing, E_OUTOFMEMORY}, {&CLSID_HalfBuilt, E_TEST_CREATION}};
+    for (const auto& [pClsid, hrExpected] : cases) {
+        IClassFactory* pFactory = GetFactory(*pClsid);
         void* pv = &pFactory;
-        EXPECT_EQ(pFactory->CreateInstance(nullptr, IID_IUnknown, &pv), c.hrExpected);
+        EXPECT_EQ(pFactory->CreateInstance(nullptr, IID_IUnknown, &pv), hrExpected);
         EXPECT_EQ(pv, &pFactory);  // *ppv is only written by a successful query
         pFactory->Release();
     }
@@ -240,11 +288,10 @@ TEST_F(ClassFactory, CreationFailuresGiveTheirCodesAndLeaveNothingBehind)
     EXPECT_EQ(g_iDestructions, 1);
 }
 
-TEST_F(ClassFactory, GetClassObjectChecksTheInterfaceBeforeTheTable)
+TEST_F(Components, GetClassObjectChecksTheInterfaceBeforeTheTable)
 {
     void* pv = nullptr;
-    const GUID* pIids[] = {&IID_IUnknown, &IID_IClassFactory};
-    for (const GUID* pIid : pIids) {
+    for (const GUID* pIid : {&IID_IUnknown, &IID_IClassFactory}) {
         EXPECT_EQ(DllGetClassObject(CLSID_Unknown, *pIid, &pv), CLASS_E_NOAGGREGATION);
         EXPECT_EQ(DllGetClassObject(CLSID_Hooked, *pIid, &pv), S_OK);
         static_cast<IClassFactory*>(pv)->Release();
@@ -252,16 +299,24 @@ TEST_F(ClassFactory, GetClassObjectChecksTheInterfaceBeforeTheTable)
     EXPECT_EQ(DllGetClassObject(CLSID_Unknown, IID_ITestValue, &pv), E_NOINTERFACE);
     EXPECT_EQ(DllGetClassObject(CLSID_Plain, IID_ITestValue, &pv), E_NOINTERFACE);
 
+    // An empty (or negative) table knows no class and registers nothing.
+    CTempDir dir;
+    CScopedEnv env("PLWUTILS", dir.Path().c_str());
     const int32_t i32Rows = g_iTemplates;
-    g_iTemplates = 0;
-    EXPECT_EQ(DllGetClassObject(CLSID_Plain, IID_IClassFactory, &pv), CLASS_E_NOAGGREGATION);
-    g_iTemplates = -1;
-    EXPECT_EQ(DllGetClassObject(CLSID_Plain, IID_IClassFactory, &pv), CLASS_E_NOAGGREGATION);
-    EXPECT_EQ(DllGetClassObject(CLSID_Plain, IID_ITestValue, &pv), E_NOINTERFACE);
+    for (int32_t i32Empty : {0, -1}) {
+        g_iTemplates = i32Empty;
+        EXPECT_EQ(DllGetClassObject(CLSID_Plain, IID_IClassFactory, &pv), CLASS_E_NOAGGREGATION);
+        EXPECT_EQ(DllGetClassObject(CLSID_Plain, IID_ITestValue, &pv), E_NOINTERFACE);
+        CStdoutCapture capture;
+        EXPECT_EQ(DllRegisterServer(L"/m.so"), S_OK);
+        EXPECT_EQ(DllUnregisterServer(), S_OK);
+        EXPECT_EQ(capture.Text(), "");
+    }
     g_iTemplates = i32Rows;
+    EXPECT_FALSE(NQxTest::FileExists(dir.File("CLSIDs")));
 }
 
-TEST_F(ClassFactory, CanUnloadOnlyWithoutObjectsAndLocks)
+TEST_F(Components, CanUnloadOnlyWithoutObjectsAndLocks)
 {
     ASSERT_EQ(g_i32Objects, 0);
     EXPECT_EQ(DllCanUnloadNow(), S_OK);
@@ -279,32 +334,24 @@ TEST_F(ClassFactory, CanUnloadOnlyWithoutObjectsAndLocks)
     EXPECT_EQ(DllCanUnloadNow(), S_FALSE);  // "standalone" still lives
 }
 
-TEST_F(ClassFactory, EntryPointRunsInitRoutinesForAttachAndDetachOnly)
+TEST_F(Components, EntryPointRunsInitRoutinesForAttachAndDetachOnly)
 {
     EXPECT_EQ(DllEntryPoint(4242, 1, nullptr), 1);
-    EXPECT_EQ(g_hInst, 4242);
-    EXPECT_EQ(DllEntryPoint(77, 0, nullptr), 1);
-    EXPECT_EQ(g_hInst, 4242);
-    EXPECT_EQ(DllEntryPoint(99, 5, nullptr), 1);
-    EXPECT_EQ(DllEntryPoint(99, 2, nullptr), 1);
+    for (int iReason : {0, 5, 2}) EXPECT_EQ(DllEntryPoint(77, iReason, nullptr), 1);
     EXPECT_EQ(g_hInst, 4242);
     EXPECT_EQ(g_vecCalls, (std::vector<std::string>{"init+1", "init+4", "init-1", "init-4"}));
 }
 
-TEST_F(ClassFactory, ModuleCountersStayExactUnderConcurrentUse)
+TEST_F(Components, CountsStayExactUnderConcurrentUse)
 {
-    // Each thread uses its own factory (a factory's own count is not
-    // shared between threads); objects, the live-object counter and the
-    // lock count are.
-    constexpr int kThreads = 4;
-    constexpr int kRounds = 2000;
+    // Each thread uses its own factory (a factory's own count is not shared
+    // between threads); the shared object's count, the live-object counter
+    // and the lock count are shared.
+    constexpr int kThreads = 4, kRounds = 2000, kShared = 1000000;
     ITestValue* pShared = nullptr;
-    {
-        IClassFactory* pFactory = GetFactory(CLSID_Plain);
-        ASSERT_EQ(pFactory->CreateInstance(nullptr, IID_ITestValue, reinterpret_cast<void**>(&pShared)),
-                  S_OK);
-        pFactory->Release();
-    }
+    IClassFactory* pFactory = GetFactory(CLSID_Plain);
+    ASSERT_EQ(pFactory->CreateInstance(nullptr, IID_ITestValue, reinterpret_cast<void**>(&pShared)), S_OK);
+    pFactory->Release();
     std::atomic<bool> bGo{false};
     std::atomic<int> iFailures{0};
     std::vector<std::thread> vecThreads;
@@ -312,23 +359,18 @@ TEST_F(ClassFactory, ModuleCountersStayExactUnderConcurrentUse)
         vecThreads.emplace_back([&] {
             while (!bGo.load()) {
             }
-            IClassFactory* pFactory = nullptr;
-            if (DllGetClassObject(CLSID_Plain, IID_IClassFactory, reinterpret_cast<void**>(&pFactory)) != S_OK) {
-                ++iFailures;
-                return;
-            }
+            for (int i = 0; i < kShared; ++i)
+                if (pShared->AddRef() < 2 || pShared->Release() < 1) ++iFailures;
+            IClassFactory* pOwn = GetFactory(CLSID_Plain);
             for (int i = 0; i < kRounds; ++i) {
-                pFactory->LockServer(1);
+                pOwn->LockServer(1);
                 ITestValue* pValue = nullptr;
-                if (pFactory->CreateInstance(nullptr, IID_ITestValue, reinterpret_cast<void**>(&pValue)) != S_OK)
+                if (pOwn->CreateInstance(nullptr, IID_ITestValue, reinterpret_cast<void**>(&pValue)) != S_OK ||
+                    pValue->Release() != 0)
                     ++iFailures;
-                else if (pValue->Value() != 7 || pValue->Release() != 0)
-                    ++iFailures;
-                pShared->AddRef();
-                pShared->Release();
-                pFactory->LockServer(0);
+                pOwn->LockServer(0);
             }
-            pFactory->Release();
+            pOwn->Release();
         });
     }
     bGo = true;
@@ -345,102 +387,65 @@ TEST_F(ClassFactory, ModuleCountersStayExactUnderConcurrentUse)
 
 // --- registration -----------------------------------------------------------
 
-std::string RegistryLine(const GUID& in_clsid, const std::string& in_strPath)
+// The registry file after registering the given rows (in table order) with
+// in_strPath: each new key goes right below the header.
+std::string Registry(const std::vector<const GUID*>& in_vecRows, const std::string& in_strPath)
 {
-    std::string str = " ";
-    for (wchar_t c : qxGuidToString(in_clsid)) str += static_cast<char>(c);
-    return str + "=" + in_strPath + "\n";
+    std::string str;
+    for (const GUID* pClsid : in_vecRows) {
+        std::string strLine = " ";
+        for (wchar_t c : qxGuidToString(*pClsid)) strLine += static_cast<char>(c);
+        str = strLine + "=" + in_strPath + "\n" + str;
+    }
+    return " [CLSID]\n" + str;
 }
 
-TEST_F(ClassFactory, RegistersEveryRowAndUnregistersThemAgain)
+std::string Lines(const char* in_pszVerb, int in_iRows)
+{
+    const char* const apszNames[] = {"Plain Class", "Failing Class", "Nothing Class", "Half Built Class",
+                                     "Hooked Class \xC3\xA9"};
+    std::string str;
+    for (int i = 0; i < in_iRows; ++i) str += std::string("- - ") + in_pszVerb + " " + apszNames[i] + "\n";
+    return str;
+}
+
+TEST_F(Components, RegistersEveryRowAndUnregistersThemAgain)
 {
     CTempDir dir;
     CScopedEnv env("PLWUTILS", dir.Path().c_str());
-    const std::string strModule = "/usr/lib/qx/m\xC3\xB6" "dule.so";
-    {
-        CStdoutCapture capture;
-        EXPECT_EQ(DllRegisterServer(L"/usr/lib/qx/m\u00F6dule.so"), S_OK);
-        EXPECT_EQ(capture.Text(),
-                  "- - Register Plain Class\n- - Register Failing Class\n"
-                  "- - Register Nothing Class\n- - Register Half Built Class\n"
-                  "- - Register Hooked Class \xC3\xA9\n");
-    }
-    // Each new key goes right below the header.
-    EXPECT_EQ(ReadFile(dir.File("CLSIDs")),
-              " [CLSID]\n" + RegistryLine(CLSID_Hooked, strModule) +
-                  RegistryLine(CLSID_HalfBuilt, strModule) + RegistryLine(CLSID_Nothing, strModule) +
-                  RegistryLine(CLSID_Failing, strModule) + RegistryLine(CLSID_Plain, strModule));
-    // Registering again replaces values in place.
-    {
-        CStdoutCapture capture;
-        EXPECT_EQ(DllRegisterServer(L"/other.so"), S_OK);
-    }
-    EXPECT_EQ(ReadFile(dir.File("CLSIDs")),
-              " [CLSID]\n" + RegistryLine(CLSID_Hooked, "/other.so") +
-                  RegistryLine(CLSID_HalfBuilt, "/other.so") + RegistryLine(CLSID_Nothing, "/other.so") +
-                  RegistryLine(CLSID_Failing, "/other.so") + RegistryLine(CLSID_Plain, "/other.so"));
-    {
-        CStdoutCapture capture;
-        EXPECT_EQ(DllUnregisterServer(), S_OK);
-        EXPECT_EQ(capture.Text(),
-                  "- - Unregister Plain Class\n- - Unregister Failing Class\n"
-                  "- - Unregister Nothing Class\n- - Unregister Half Built Class\n"
-                  "- - Unregister Hooked Class \xC3\xA9\n");
-    }
-    EXPECT_EQ(ReadFile(dir.File("CLSIDs")), " [CLSID]\n");
-    EXPECT_EQ(g_vecCalls, (std::vector<std::string>{"reg+5", "reg+5", "reg-5"}));
-}
-
-TEST_F(ClassFactory, RegisterHookFailureStopsTheWalk)
-{
-    CTempDir dir;
-    CScopedEnv env("PLWUTILS", dir.Path().c_str());
-    g_hrRegisterHook = E_TEST_CREATION;
+    const std::vector<const GUID*> vecAll = {&CLSID_Plain, &CLSID_Failing, &CLSID_Nothing, &CLSID_HalfBuilt,
+                                             &CLSID_Hooked};
     CStdoutCapture capture;
+    EXPECT_EQ(DllRegisterServer(L"/usr/lib/qx/m\u00F6dule.so"), S_OK);
+    EXPECT_EQ(ReadFile(dir.File("CLSIDs")), Registry(vecAll, "/usr/lib/qx/m\xC3\xB6" "dule.so"));
+    // Registering again replaces the values in place.
+    EXPECT_EQ(DllRegisterServer(L"/other.so"), S_OK);
+    EXPECT_EQ(ReadFile(dir.File("CLSIDs")), Registry(vecAll, "/other.so"));
+    EXPECT_EQ(DllUnregisterServer(), S_OK);
+    EXPECT_EQ(ReadFile(dir.File("CLSIDs")), " [CLSID]\n");
+    EXPECT_EQ(capture.Text(), Lines("Register", 5) + Lines("Register", 5) + Lines("Unregister", 5));
+    EXPECT_EQ(g_vecCalls, (std::vector<std::string>{"reg+5", "reg+5", "reg-5"}));
+
+    // A refusing register routine stops the walk before its row, whose line
+    // is not printed.
+    CTempDir other;
+    CScopedEnv otherEnv("PLWUTILS", other.Path().c_str());
+    g_hrRegisterHook = E_TEST_CREATION;
+    CStdoutCapture refused;
     EXPECT_EQ(DllRegisterServer(L"/m.so"), E_TEST_CREATION);
-    // The rows before the refusing one are registered; its own line is not
-    // printed.
-    EXPECT_EQ(capture.Text(),
-              "- - Register Plain Class\n- - Register Failing Class\n"
-              "- - Register Nothing Class\n- - Register Half Built Class\n");
-    EXPECT_EQ(ReadFile(dir.File("CLSIDs")).find(RegistryLine(CLSID_Hooked, "/m.so")),
-              std::string::npos);
-    EXPECT_NE(ReadFile(dir.File("CLSIDs")).find(RegistryLine(CLSID_Plain, "/m.so")),
-              std::string::npos);
+    EXPECT_EQ(refused.Text(), Lines("Register", 4));
+    EXPECT_EQ(ReadFile(other.File("CLSIDs")), Registry({&CLSID_Plain, &CLSID_Failing, &CLSID_Nothing, &CLSID_HalfBuilt}, "/m.so"));
 }
 
-TEST_F(ClassFactory, MissingRegistryFolderVariableStopsAfterTheFirstRow)
+TEST_F(Components, MissingRegistryFolderVariableStopsAfterTheFirstRow)
 {
     CScopedEnv env("PLWUTILS", nullptr);
-    {
-        CStdoutCapture capture;
-        EXPECT_EQ(DllRegisterServer(L"/m.so"), E_FAIL);
-        EXPECT_EQ(capture.Text(),
-                  "QxInternalGetIniFilePath: Environement variable PLWUTILS not found.\n"
-                  "- - Register Plain Class\n");
-    }
-    {
-        CStdoutCapture capture;
-        EXPECT_EQ(DllUnregisterServer(), E_FAIL);
-        EXPECT_EQ(capture.Text(),
-                  "QxInternalGetIniFilePath: Environement variable PLWUTILS not found.\n"
-                  "- - Unregister Plain Class\n");
-    }
-    EXPECT_TRUE(g_vecCalls.empty());  // the hooked row was never reached
-}
-
-TEST_F(ClassFactory, EmptyTableRegistersNothing)
-{
-    CTempDir dir;
-    CScopedEnv env("PLWUTILS", dir.Path().c_str());
-    const int32_t i32Rows = g_iTemplates;
-    g_iTemplates = 0;
+    const std::string strMissing = "QxInternalGetIniFilePath: Environement variable PLWUTILS not found.\n";
     CStdoutCapture capture;
-    EXPECT_EQ(DllRegisterServer(L"/m.so"), S_OK);
-    EXPECT_EQ(DllUnregisterServer(), S_OK);
-    g_iTemplates = i32Rows;
-    EXPECT_EQ(capture.Text(), "");
-    EXPECT_FALSE(NQxTest::FileExists(dir.File("CLSIDs")));
+    EXPECT_EQ(DllRegisterServer(L"/m.so"), E_FAIL);
+    EXPECT_EQ(DllUnregisterServer(), E_FAIL);
+    EXPECT_EQ(capture.Text(), strMissing + Lines("Register", 1) + strMissing + Lines("Unregister", 1));
+    EXPECT_TRUE(g_vecCalls.empty());  // the hooked row was never reached
 }
 
 }  // namespace

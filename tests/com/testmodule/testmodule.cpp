@@ -28,10 +28,6 @@ public:
     int32_t Increment() override { return ++m_i32Value; }
     int32_t ModuleObjects() override { return __atomic_load_n(&g_i32Objects, __ATOMIC_SEQ_CST); }
     int32_t ModuleInitCalls() override { return __atomic_load_n(&g_i32InitCalls, __ATOMIC_SEQ_CST); }
-    int32_t ModuleLocks() override
-    {
-        return __atomic_load_n(&CQxClassFactory::ms_i32LockedCount, __ATOMIC_SEQ_CST);
-    }
 
     static CQxUnknown* Create(IUnknown* in_pUnkOuter, HRESULT* out_phr)
     {

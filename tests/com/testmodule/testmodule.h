@@ -13,7 +13,6 @@ public:
     virtual int32_t Increment() = 0;
     virtual int32_t ModuleObjects() = 0;
     virtual int32_t ModuleInitCalls() = 0;
-    virtual int32_t ModuleLocks() = 0;
 };
 
 // Offered by the aggregatable class.
