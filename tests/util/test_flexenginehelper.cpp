@@ -1,12 +1,13 @@
 // Create descriptions made from surfaces, audio buffers and resolutions, the
-// audio buffer size table, and the default audio block header.
+// audio buffer size table, and the default audio block header. Descriptions
+// are compared word by word, so every member, its place and the reserved
+// words are checked at once.
 #include <qxbase/qxbase.h>
 
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
 
-#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <vector>
@@ -15,8 +16,6 @@ namespace {
 
 using namespace NQxfFlexEngineHelper;
 
-// The 32-bit words of a structure, to check member order against the byte
-// layout other modules see.
 template <class T>
 std::vector<uint32_t> Words(const T& in_rsValue)
 {
@@ -31,12 +30,19 @@ std::vector<uint32_t> Words(const T& in_rsValue)
 template <class T>
 T Numbered(uint32_t in_uiBase)
 {
-    uint32_t auiWords[sizeof(T) / 4];
-    for (uint32_t i = 0; i < sizeof(T) / 4; ++i) {
-        auiWords[i] = in_uiBase + i;
-    }
+    std::vector<uint32_t> oWords(sizeof(T) / 4);
+    for (uint32_t i = 0; i < oWords.size(); ++i) oWords[i] = in_uiBase + i;
     T sValue;
-    std::memcpy(&sValue, auiWords, sizeof(T));
+    std::memcpy(&sValue, oWords.data(), sizeof(T));
+    return sValue;
+}
+
+// Output structures start as garbage: every member must be written.
+template <class T>
+T Garbage()
+{
+    T sValue;
+    std::memset(&sValue, 0xCD, sizeof(sValue));
     return sValue;
 }
 
@@ -46,35 +52,11 @@ SQxResolutionInfo Resolution(uint32_t in_uiWidth, uint32_t in_uiHeight, int in_i
             static_cast<EQxScanMode>(in_iScanMode)};
 }
 
-SQxCreateAudioSamplesDescription AudioFor(int in_iFrameRate, int in_iScanMode, int in_iChannels, int in_iBits)
-{
-    SQxCreateAudioSamplesDescription sCreate;
-    std::memset(&sCreate, 0xAB, sizeof(sCreate));
-    SQxResolutionInfo sResolution = Resolution(1920, 1080, in_iFrameRate, in_iScanMode);
-    CopyResolutionToCreateAudioSamplesDescription(sResolution,
-                                                  static_cast<EQxChannelType>(in_iChannels),
-                                                  static_cast<EQxAudioBitsPerSample>(in_iBits), sCreate);
-    return sCreate;
-}
-
 // Modules built against the SDK's headers link to these functions by their
 // exported names, which carry the exact parameter types: only the resolution
 // of CopyResolutionToCreateSurfaceDescription is taken as const.
-TEST(FlexEngineHelperExports, FunctionsCarryTheSdkParameterTypes)
+TEST(FlexEngineHelper, FunctionsAreExportedWithTheSdkParameterTypes)
 {
-    static_assert(std::is_same<decltype(&CopySurfaceDescriptionToCreateSurfaceDescription),
-                               void (*)(SQxSurfaceDescription&, SQxCreateSurfaceDescription&)>::value,
-                  "surface copy");
-    static_assert(std::is_same<decltype(&CopyResolutionToCreateSurfaceDescription),
-                               HRESULT (*)(const SQxResolutionInfo&, SQxCreateSurfaceDescription&)>::value,
-                  "surface from a resolution");
-    static_assert(std::is_same<decltype(&CopyAudioSamplesDescriptionToCreateAudioSamplesDescription),
-                               void (*)(SQxAudioSamplesDescription&, SQxCreateAudioSamplesDescription&)>::value,
-                  "audio copy");
-    static_assert(std::is_same<decltype(&CopyResolutionToCreateAudioSamplesDescription),
-                               void (*)(SQxResolutionInfo&, EQxChannelType, EQxAudioBitsPerSample,
-                                        SQxCreateAudioSamplesDescription&)>::value,
-                  "audio from a resolution");
     for (const char* pszName :
          {"_ZN20NQxfFlexEngineHelper48CopySurfaceDescriptionToCreateSurfaceDescriptionER21SQxSurfaceDescription"
           "R27SQxCreateSurfaceDescription",
@@ -88,50 +70,31 @@ TEST(FlexEngineHelperExports, FunctionsCarryTheSdkParameterTypes)
     }
 }
 
-TEST(AudioBytesPerChannel, WholeTableForFramesAndFields)
+TEST(FlexEngineHelper, AudioBytesPerChannelForFramesAndFields)
 {
     // frame rate -> bytes per channel for a frame and for a field
     const uint32_t aauiTable[12][2] = {
         {0, 0},       {8000, 4000}, {8008, 4004}, {7680, 3840}, {6400, 3200}, {6408, 3204},
         {4000, 4000}, {4004, 4004}, {3840, 1920}, {3200, 1600}, {3204, 1600}, {192000, 96000},
     };
-    for (int iRate = 0; iRate < 12; ++iRate) {
-        const EQxFrameRate eRate = static_cast<EQxFrameRate>(iRate);
-        for (int iScan : {0, 3, 4, 5, -1, 6, 1000}) {
-            EXPECT_EQ(aauiTable[iRate][0], GetAudioBytesPerChannel(eRate, static_cast<EQxScanMode>(iScan)))
-                << "rate " << iRate << " scan " << iScan;
-        }
-        for (int iScan : {1, 2}) {
-            EXPECT_EQ(aauiTable[iRate][1], GetAudioBytesPerChannel(eRate, static_cast<EQxScanMode>(iScan)))
+    for (int iRate : {INT_MIN, -1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, INT_MAX}) {
+        for (int iScan : {0, 1, 2, 3, 4, 5, -1, 6, 1000}) {
+            const bool bKnown = iRate >= 0 && iRate < 12;
+            EXPECT_EQ(bKnown ? aauiTable[iRate][iScan == 1 || iScan == 2] : 0u,
+                      GetAudioBytesPerChannel(static_cast<EQxFrameRate>(iRate), static_cast<EQxScanMode>(iScan)))
                 << "rate " << iRate << " scan " << iScan;
         }
     }
-    for (int iRate : {INT_MIN, -1, 12, 13, 1000, INT_MAX}) {
-        EXPECT_EQ(0u, GetAudioBytesPerChannel(static_cast<EQxFrameRate>(iRate), keQxScanModeProgressive));
-        EXPECT_EQ(0u, GetAudioBytesPerChannel(static_cast<EQxFrameRate>(iRate), keQxScanModeFirstFieldTop));
-    }
 }
 
-TEST(CopyResolutionToCreateAudioSamplesDescription, FieldsInOrder)
-{
-    // size, buffer size, polarity, host memory, first channel, transport bits,
-    // channel type, interleaved, sample rate, container, bits, user data,
-    // reserved.
-    const std::vector<uint32_t> oExpected = {56, 7680, 1, 1, 0, 24, 2, 1, 48000, 32, 24, 0, 0, 0};
-    EXPECT_EQ(oExpected, Words(AudioFor(keQxFrameRate25, keQxScanModeFirstFieldTop, 2, 24)));
-    // An unknown rate still fills every other member.
-    const std::vector<uint32_t> oNoRate = {56, 0, 4, 1, 0, 24, 2, 1, 48000, 32, 24, 0, 0, 0};
-    EXPECT_EQ(oNoRate, Words(AudioFor(keQxFrameRateInvalid, keQxScanModeProgressive, 2, 24)));
-}
-
-TEST(CopyResolutionToCreateAudioSamplesDescription, SizesPolaritiesAndContainers)
+TEST(FlexEngineHelper, AudioDescriptionFromAResolution)
 {
     struct {
         int iRate, iScan, iChannels, iBits;
-        uint32_t uiSize;
-        EQxPolarity ePolarity;
-        uint32_t uiContainer;
+        uint32_t uiSize, uiPolarity, uiContainer;
     } const asCases[] = {
+        {keQxFrameRate25, 1, 2, 24, 7680, keQxPolarityF0, 32},
+        {keQxFrameRateInvalid, 3, 2, 24, 0, keQxPolarityProgressive, 32},  // the other members still set
         {keQxFrameRate5994, 2, 8, 16, 8 * 1600, keQxPolarityF0, 16},
         {keQxFrameRate2997, 5, 16, 20, 16 * 6408, keQxPolarityInterlaced, 32},
         {keQxFrameRate4795, 1, 1, 8, 4004, keQxPolarityF0, 16},
@@ -147,225 +110,151 @@ TEST(CopyResolutionToCreateAudioSamplesDescription, SizesPolaritiesAndContainers
         {keQxFrameRateVariable, 3, 22369, 24, 22369u * 192000u, keQxPolarityProgressive, 32},
         {keQxFrameRateVariable, 3, 22370, 24, 0, keQxPolarityProgressive, 32},
     };
-    for (const auto& rsCase : asCases) {
-        const SQxCreateAudioSamplesDescription sCreate =
-            AudioFor(rsCase.iRate, rsCase.iScan, rsCase.iChannels, rsCase.iBits);
-        EXPECT_EQ(rsCase.uiSize, sCreate.ulBufferSize) << rsCase.iRate << "/" << rsCase.iChannels;
-        EXPECT_EQ(rsCase.ePolarity, sCreate.ePolarity) << rsCase.iScan;
-        EXPECT_EQ(rsCase.uiContainer, sCreate.ulContainerBitsPerSample) << rsCase.iBits;
-        EXPECT_EQ(rsCase.iBits, sCreate.eBitsPerSample);
-        EXPECT_EQ(rsCase.iChannels, sCreate.eChannelType);
+    for (const auto& r : asCases) {
+        SCOPED_TRACE(::testing::Message() << "rate " << r.iRate << " scan " << r.iScan << " channels " << r.iChannels
+                                          << " bits " << r.iBits);
+        auto sCreate = Garbage<SQxCreateAudioSamplesDescription>();
+        SQxResolutionInfo sResolution = Resolution(1920, 1080, r.iRate, r.iScan);
+        CopyResolutionToCreateAudioSamplesDescription(sResolution, static_cast<EQxChannelType>(r.iChannels),
+                                                      static_cast<EQxAudioBitsPerSample>(r.iBits), sCreate);
+        // size, buffer size, polarity, host memory, first channel, transport
+        // bits, channel type, interleaved, sample rate, container, bits,
+        // user data, reserved.
+        const std::vector<uint32_t> oExpected = {
+            56, r.uiSize, r.uiPolarity, 1, 0, 24, uint32_t(r.iChannels), 1, 48000, r.uiContainer, uint32_t(r.iBits),
+            0,  0,        0};
+        EXPECT_EQ(oExpected, Words(sCreate));
     }
 }
 
-TEST(CopyAudioSamplesDescriptionToCreateAudioSamplesDescription, CopiesMembersAndSizesForTheLargestFrame)
+TEST(FlexEngineHelper, AudioDescriptionCopiesMembersAndSizesForTheLargestFrame)
 {
     SQxAudioSamplesDescription sDescription = Numbered<SQxAudioSamplesDescription>(0x1000);
-    sDescription.eChannelType = keQxChannelType6Channels;
     sDescription.eFrameRate = keQxFrameRate60;
-
-    SQxCreateAudioSamplesDescription sCreate;
-    std::memset(&sCreate, 0xAB, sizeof(sCreate));
-    CopyAudioSamplesDescriptionToCreateAudioSamplesDescription(sDescription, sCreate);
-    const std::vector<uint32_t> oExpected = {56,     6 * 8008, 0x1002, 0x1003, 0x1004, 0x1005, 6,
-                                             0x1007, 0x1008,   0x1009, 0x100A, 0x100B, 0,      0};
-    EXPECT_EQ(oExpected, Words(sCreate));
-
-    for (int iChannels : {0, -2, INT_MAX}) {
+    for (int iChannels : {6, 0, -2, INT_MAX}) {
         sDescription.eChannelType = static_cast<EQxChannelType>(iChannels);
+        auto sCreate = Garbage<SQxCreateAudioSamplesDescription>();
         CopyAudioSamplesDescriptionToCreateAudioSamplesDescription(sDescription, sCreate);
-        EXPECT_EQ(0u, sCreate.ulBufferSize) << iChannels;
+        const std::vector<uint32_t> oExpected = {
+            56,     iChannels == 6 ? 6u * 8008u : 0u, 0x1002, 0x1003, 0x1004, 0x1005, uint32_t(iChannels),
+            0x1007, 0x1008, 0x1009, 0x100A, 0x100B, 0, 0};
+        EXPECT_EQ(oExpected, Words(sCreate)) << iChannels;
     }
 }
 
-// The members that only a create description has, as every helper leaves
-// them: no minimum size, no initial clear, reserved bytes zero.
-void ExpectCreationDefaults(const SQxCreateSurfaceDescription& in_rsCreate)
+// The words of a create description: the given head (words 0-12), then the
+// members that only a create description has, as every helper leaves them:
+// no minimum size, no initial clear, alpha 1, reserved words zero.
+std::vector<uint32_t> CreateWords(std::vector<uint32_t> in_oHead)
 {
-    EXPECT_EQ(0, in_rsCreate.aucReserved[0]);
-    EXPECT_EQ(0, in_rsCreate.aucReserved[1]);
-    EXPECT_EQ(0u, in_rsCreate.ulMinimumBufferSize);
-    EXPECT_EQ(keQxColorInvalid, in_rsCreate.eInitialColor);
-    EXPECT_EQ(1.0f, in_rsCreate.fInitialAlpha);
-    for (uint32_t uiReserved : in_rsCreate.aulReserved) {
-        EXPECT_EQ(0u, uiReserved);
-    }
+    in_oHead.insert(in_oHead.end(), {0, keQxColorInvalid, 0x3F800000u, 0, 0, 0, 0, 0, 0, 0, 0});
+    return in_oHead;
 }
 
-SQxSurfaceDescription NumberedSurfaceDescription()
+TEST(FlexEngineHelper, SurfaceDescriptionCopiesItsSharedRuns)
 {
-    // The last word holds the flags, set to valid bool values here.
-    SQxSurfaceDescription sDescription = Numbered<SQxSurfaceDescription>(0x2000);
-    sDescription.bIsAlphaShaped = true;
-    sDescription.bAllowHostConversion = false;
-    sDescription.aucReserved[0] = 0x77;
-    sDescription.aucReserved[1] = 0x77;
-    return sDescription;
-}
-
-TEST(CopySurfaceDescriptionToCreateSurfaceDescription, SharedRunsLandAtTheirPlaces)
-{
-    SQxSurfaceDescription sDescription = NumberedSurfaceDescription();
-    SQxCreateSurfaceDescription sCreate;
-    std::memset(&sCreate, 0xCD, sizeof(sCreate));
-    CopySurfaceDescriptionToCreateSurfaceDescription(sDescription, sCreate);
-
-    const std::vector<uint32_t> oWords = Words(sCreate);
     // size; the first run (description words 1-5); the second run (words
     // 8-12; the pitch and buffer size are not copied); the user data (word
-    // 14; the second-field offset is not copied).
-    const std::vector<uint32_t> oExpectedHead = {96,     0x2001, 0x2002, 0x2003, 0x2004, 0x2005,
-                                                 0x2008, 0x2009, 0x200A, 0x200B, 0x200C, 0x200E};
-    EXPECT_EQ(oExpectedHead, std::vector<uint32_t>(oWords.begin(), oWords.begin() + 12));
-    EXPECT_TRUE(sCreate.bIsAlphaShaped);
-    EXPECT_FALSE(sCreate.bAllowHostConversion);
-    ExpectCreationDefaults(sCreate);
-
-    // The flags themselves, both ways.
-    SQxSurfaceDescription sFlags = sDescription;
-    sFlags.bIsAlphaShaped = false;
-    sFlags.bAllowHostConversion = true;
-    CopySurfaceDescriptionToCreateSurfaceDescription(sFlags, sCreate);
-    EXPECT_FALSE(sCreate.bIsAlphaShaped);
-    EXPECT_TRUE(sCreate.bAllowHostConversion);
-}
-
-TEST(CopyResolutionToCreateSurfaceDescription, FieldsFramesAndDefaults)
-{
-    SQxCreateSurfaceDescription sCreate;
-    std::memset(&sCreate, 0xCD, sizeof(sCreate));
-    EXPECT_EQ(S_OK, CopyResolutionToCreateSurfaceDescription(
-                        Resolution(1920, 1080, keQxFrameRate2997, keQxScanModeFirstFieldTop), sCreate));
-    EXPECT_EQ(96u, sCreate.size);
-    EXPECT_EQ(1920u, sCreate.ulWidth);
-    EXPECT_EQ(540u, sCreate.ulHeight);
-    EXPECT_EQ(keQxPolarityF0, sCreate.ePolarity);
-    EXPECT_EQ(keQxColorimetryITUR_BT_709, sCreate.eColorimetry);
-    EXPECT_EQ(keQxFrameRate2997, sCreate.eFrameRate);
-    // Defaults.
-    EXPECT_EQ(keQxSurfaceFormatYUYV422, sCreate.eSurfaceFormat);
-    EXPECT_EQ(8u, sCreate.ulComponentBitCount);
-    EXPECT_EQ(keQxAspectRatioInvalid, sCreate.eAspectRatio);
-    EXPECT_EQ(keQxMemoryLocationHost, sCreate.eMemoryLocation);
-    EXPECT_EQ(16u, sCreate.ulAlignment);
-    EXPECT_EQ(0u, sCreate.ulUserData);
-    EXPECT_FALSE(sCreate.bIsAlphaShaped);
-    EXPECT_TRUE(sCreate.bAllowHostConversion);
-    ExpectCreationDefaults(sCreate);
-
-    CopyResolutionToCreateSurfaceDescription(Resolution(720, 487, keQxFrameRate2997, keQxScanModeSecondFieldTop),
-                                             sCreate);
-    EXPECT_EQ(243u, sCreate.ulHeight);
-    EXPECT_EQ(keQxPolarityF0, sCreate.ePolarity);
-    EXPECT_EQ(keQxColorimetryITUR_BT_601, sCreate.eColorimetry);
-
-    CopyResolutionToCreateSurfaceDescription(
-        Resolution(720, 576, keQxFrameRate25, keQxScanModeInterlacedFieldsInAFrame), sCreate);
-    EXPECT_EQ(576u, sCreate.ulHeight);
-    EXPECT_EQ(keQxPolarityInterlaced, sCreate.ePolarity);
-
-    for (int iScan : {0, 3, 4, 6, -1}) {
-        CopyResolutionToCreateSurfaceDescription(Resolution(3840, 2160, 99, iScan), sCreate);
-        EXPECT_EQ(2160u, sCreate.ulHeight) << iScan;
-        EXPECT_EQ(keQxPolarityProgressive, sCreate.ePolarity) << iScan;
-        EXPECT_EQ(keQxColorimetryITUR_BT_2020, sCreate.eColorimetry) << iScan;
-        EXPECT_EQ(99, sCreate.eFrameRate) << iScan;
+    // 14; the second-field offset is not copied); the two flags, both ways,
+    // and zero reserved bytes.
+    SQxSurfaceDescription sDescription = Numbered<SQxSurfaceDescription>(0x2000);
+    sDescription.aucReserved[0] = sDescription.aucReserved[1] = 0x77;
+    for (bool bShaped : {true, false}) {
+        sDescription.bIsAlphaShaped = bShaped;
+        sDescription.bAllowHostConversion = !bShaped;
+        auto sCreate = Garbage<SQxCreateSurfaceDescription>();
+        CopySurfaceDescriptionToCreateSurfaceDescription(sDescription, sCreate);
+        EXPECT_EQ(CreateWords({96, 0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2008, 0x2009, 0x200A, 0x200B, 0x200C,
+                               0x200E, bShaped ? 0x001u : 0x100u}),
+                  Words(sCreate));
     }
 }
 
-// The default header's bytes as a little-endian 64-bit value.
-constexpr uint64_t kui64HeaderStart = 0x000000FE00000100ull;
-
-uint64_t FirstEightBytes(const unsigned char* in_pucBlock)
+TEST(FlexEngineHelper, SurfaceDescriptionFromAResolution)
 {
-    uint64_t ui64Value = 0;
-    for (int i = 7; i >= 0; --i) {
-        ui64Value = (ui64Value << 8) | in_pucBlock[i];
+    struct {
+        uint32_t uiWidth, uiHeight;
+        int iRate, iScan;
+        uint32_t uiHeightExpected, uiPolarity, uiColorimetry;
+    } const asCases[] = {
+        {1920, 1080, keQxFrameRate2997, 1, 540, keQxPolarityF0, keQxColorimetryITUR_BT_709},
+        {720, 487, keQxFrameRate2997, 2, 243, keQxPolarityF0, keQxColorimetryITUR_BT_601},
+        {720, 576, keQxFrameRate25, 5, 576, keQxPolarityInterlaced, keQxColorimetryITUR_BT_601},
+        {3840, 2160, 99, 0, 2160, keQxPolarityProgressive, keQxColorimetryITUR_BT_2020},
+        {3840, 2160, 99, 3, 2160, keQxPolarityProgressive, keQxColorimetryITUR_BT_2020},
+        {3840, 2160, 99, 4, 2160, keQxPolarityProgressive, keQxColorimetryITUR_BT_2020},
+        {3840, 2160, 99, 6, 2160, keQxPolarityProgressive, keQxColorimetryITUR_BT_2020},
+        {3840, 2160, 99, -1, 2160, keQxPolarityProgressive, keQxColorimetryITUR_BT_2020},
+    };
+    for (const auto& r : asCases) {
+        SCOPED_TRACE(::testing::Message() << r.uiWidth << "x" << r.uiHeight << " scan " << r.iScan);
+        auto sCreate = Garbage<SQxCreateSurfaceDescription>();
+        EXPECT_EQ(S_OK, CopyResolutionToCreateSurfaceDescription(
+                            Resolution(r.uiWidth, r.uiHeight, r.iRate, r.iScan), sCreate));
+        // 8-bit YUYV in host memory, 16-byte aligned, no aspect ratio, no
+        // user data, not shaped, host conversion allowed.
+        EXPECT_EQ(CreateWords({96, keQxSurfaceFormatYUYV422, r.uiWidth, r.uiHeightExpected, r.uiPolarity,
+                               r.uiColorimetry, 8, keQxAspectRatioInvalid, keQxMemoryLocationHost, 16,
+                               uint32_t(r.iRate), 0, 0x100}),
+                  Words(sCreate));
     }
-    return ui64Value;
+}
+
+// The buffer, with a default header (its first eight bytes, all else zero)
+// at each offset given.
+std::vector<unsigned char> WithHeaders(std::vector<unsigned char> in_oBuffer, std::vector<size_t> in_oOffsets)
+{
+    for (size_t uiOffset : in_oOffsets) {
+        const unsigned char aucStart[8] = {0x00, 0x01, 0x00, 0x00, 0xFE, 0x00, 0x00, 0x00};
+        std::memcpy(in_oBuffer.data() + uiOffset, aucStart, 8);
+    }
+    return in_oBuffer;
 }
 
 TEST(DefaultQadHeader, WriteTouchesOnlyTheFirstEightBytesAndTheLastWord)
 {
     std::vector<unsigned char> oBlock(512, 0x5A);
     WriteDefaultQadHeader(oBlock.data());
-    EXPECT_EQ(kui64HeaderStart, FirstEightBytes(oBlock.data()));
-    const unsigned char aucStart[8] = {0x00, 0x01, 0x00, 0x00, 0xFE, 0x00, 0x00, 0x00};
-    EXPECT_EQ(0, std::memcmp(aucStart, oBlock.data(), 8));
-    for (size_t i = 8; i < 254; ++i) {
-        ASSERT_EQ(0x5A, oBlock[i]) << i;
-    }
-    EXPECT_EQ(0, oBlock[254]);
-    EXPECT_EQ(0, oBlock[255]);
-    for (size_t i = 256; i < oBlock.size(); ++i) {
-        ASSERT_EQ(0x5A, oBlock[i]) << i;
-    }
+    std::vector<unsigned char> oExpected = WithHeaders(std::vector<unsigned char>(512, 0x5A), {0});
+    oExpected[254] = oExpected[255] = 0;
+    EXPECT_EQ(oExpected, oBlock);
     WriteDefaultQadHeader(nullptr);
 }
 
-// Checks that the buffer is zero except for a default header at each offset
-// given.
-void ExpectHeadersAt(const std::vector<unsigned char>& in_roBuffer, std::vector<size_t> in_oOffsets)
-{
-    std::vector<unsigned char> oExpected(in_roBuffer.size(), 0);
-    for (size_t uiOffset : in_oOffsets) {
-        oExpected[uiOffset + 1] = 0x01;
-        oExpected[uiOffset + 4] = 0xFE;
-    }
-    for (size_t i = 0; i < in_roBuffer.size(); ++i) {
-        ASSERT_EQ(oExpected[i], in_roBuffer[i]) << "byte " << i;
-    }
-}
-
-TEST(DefaultQadHeader, InsertZeroesAndWritesOneOrTwoHeaders)
-{
-    std::vector<unsigned char> oBuffer(4096, 0x5A);
-    InsertDefaultQadHeader(oBuffer.data(), 4096, keQxPolarityBackToBack);
-    ExpectHeadersAt(oBuffer, {0, 2048});
-    EXPECT_EQ(kui64HeaderStart, FirstEightBytes(oBuffer.data() + 2048));
-
-    for (int iPolarity : {0, 1, 2, 3, 4, 6, -5}) {
-        std::fill(oBuffer.begin(), oBuffer.end(), 0x5A);
-        InsertDefaultQadHeader(oBuffer.data(), 4096, static_cast<EQxPolarity>(iPolarity));
-        ExpectHeadersAt(oBuffer, {0});
-    }
-
-    // Odd size: the second header starts at size / 2, rounded down.
-    std::vector<unsigned char> oOdd(4097, 0x5A);
-    InsertDefaultQadHeader(oOdd.data(), 4097, keQxPolarityBackToBack);
-    ExpectHeadersAt(oOdd, {0, 2048});
-}
-
-TEST(DefaultQadHeader, InsertStaysInsideTheGivenSize)
+TEST(DefaultQadHeader, InsertZeroesTheGivenSizeAndWritesOneOrTwoHeaders)
 {
     // Each buffer is exactly the size given, so an overrun is also caught by
-    // the address sanitizer; the guard bytes catch it in a plain build.
+    // the address sanitizer; the guard bytes catch it in a plain build. The
+    // second header starts at size / 2, rounded down.
     struct {
         unsigned uiSize;
-        int iPolarity;
+        std::vector<int> oPolarities;
         std::vector<size_t> oHeaders;
     } const asCases[] = {
-        {0, keQxPolarityBackToBack, {}},
-        {100, keQxPolarityProgressive, {}},
-        {255, keQxPolarityBackToBack, {}},
-        {256, keQxPolarityProgressive, {0}},
-        {256, keQxPolarityBackToBack, {0}},
-        {300, keQxPolarityBackToBack, {0}},
-        {510, keQxPolarityBackToBack, {0}},
-        {511, keQxPolarityBackToBack, {0, 255}},
-        {512, keQxPolarityBackToBack, {0, 256}},
+        {4096, {keQxPolarityBackToBack}, {0, 2048}},
+        {4096, {0, 1, 2, 3, 4, 6, -5}, {0}},
+        {4097, {keQxPolarityBackToBack}, {0, 2048}},
+        {0, {keQxPolarityBackToBack}, {}},
+        {100, {keQxPolarityProgressive}, {}},
+        {255, {keQxPolarityBackToBack}, {}},
+        {256, {keQxPolarityProgressive, keQxPolarityBackToBack}, {0}},
+        {300, {keQxPolarityBackToBack}, {0}},
+        {510, {keQxPolarityBackToBack}, {0}},
+        {511, {keQxPolarityBackToBack}, {0, 255}},
+        {512, {keQxPolarityBackToBack}, {0, 256}},
     };
-    for (const auto& rsCase : asCases) {
-        std::vector<unsigned char> oStorage(rsCase.uiSize + 64, 0x5A);
-        InsertDefaultQadHeader(oStorage.data(), rsCase.uiSize, static_cast<EQxPolarity>(rsCase.iPolarity));
-        ExpectHeadersAt(std::vector<unsigned char>(oStorage.begin(), oStorage.begin() + rsCase.uiSize),
-                        rsCase.oHeaders);
-        for (size_t i = rsCase.uiSize; i < oStorage.size(); ++i) {
-            ASSERT_EQ(0x5A, oStorage[i]) << "size " << rsCase.uiSize << " byte " << i;
+    for (const auto& r : asCases) {
+        for (int iPolarity : r.oPolarities) {
+            SCOPED_TRACE(::testing::Message() << "size " << r.uiSize << " polarity " << iPolarity);
+            std::vector<unsigned char> oStorage(r.uiSize + 64, 0x5A);
+            InsertDefaultQadHeader(oStorage.data(), r.uiSize, static_cast<EQxPolarity>(iPolarity));
+            std::vector<unsigned char> oExpected = WithHeaders(std::vector<unsigned char>(r.uiSize, 0), r.oHeaders);
+            oExpected.resize(r.uiSize + 64, 0x5A);
+            EXPECT_EQ(oExpected, oStorage);
+            std::vector<unsigned char> oExact(r.uiSize);
+            InsertDefaultQadHeader(oExact.empty() ? nullptr : oExact.data(), r.uiSize,
+                                   static_cast<EQxPolarity>(iPolarity));
         }
-        std::vector<unsigned char> oExact(rsCase.uiSize);
-        InsertDefaultQadHeader(oExact.empty() ? nullptr : oExact.data(), rsCase.uiSize,
-                               static_cast<EQxPolarity>(rsCase.iPolarity));
     }
     InsertDefaultQadHeader(nullptr, 4096, keQxPolarityBackToBack);
 }
