@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-using NQxTest::CToolTempDir;
+using NQxTest::CTempDir;
 using NQxTest::RunTool;
 using NQxTest::SToolRun;
 
@@ -43,7 +43,7 @@ std::vector<std::vector<std::string>> TableRows(const std::string& in_strOut)
 
 TEST(Qxbench, TinyRunGivesAConsistentTableAndAChart)
 {
-    CToolTempDir oDir;
+    CTempDir oDir;
     const std::string strPlot = oDir.File("ratios.png");
     const SToolRun s = Bench({"--sizes", "64x16,32x8", "--seconds", "0.02", "--rounds", "2", "--plot", strPlot});
     ASSERT_EQ(s.iStatus, 0) << s.strErr;
@@ -83,7 +83,7 @@ TEST(Qxbench, TinyRunGivesAConsistentTableAndAChart)
 
 TEST(Qxbench, MistakesAreRefusedBeforeAnyTiming)
 {
-    CToolTempDir oDir;
+    CTempDir oDir;
     struct SCase {
         std::vector<std::string> vecArgs;
         int iStatus;

@@ -14,17 +14,13 @@
 #include <string>
 #include <vector>
 
+using NQxTest::Contains;
 using NQxTest::RunTool;
 using NQxTest::SToolRun;
 
 namespace {
 
 const char kszRegistryFolder[] = "/opt/QueltoVideo/PLW.utils";
-
-bool Contains(const std::string& in_strText, const std::string& in_strPart)
-{
-    return in_strText.find(in_strPart) != std::string::npos;
-}
 
 std::string Narrow(const std::wstring& in_str) { return std::string(in_str.begin(), in_str.end()); }
 

@@ -9,16 +9,17 @@
 #include "tools/common/qxtoolrawio.h"
 
 #include "surfaces/ffmpegv210.h"
+#include "support/qxtest_support.h"
 #include "tools/pngread.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <csignal>
 
@@ -29,6 +30,8 @@
 #include <vector>
 
 using namespace NQxTool;
+using NQxTest::CTempDir;
+using NQxTest::WriteFile;
 
 namespace {
 
@@ -44,16 +47,14 @@ CQxToolError Thrown(const std::function<void()>& in_fn)
     return CQxToolError("");
 }
 
-struct STempDir {
-    STempDir()
-    {
-        char sz[] = "/tmp/qxtools-test-XXXXXX";
-        strPath = mkdtemp(sz);
-    }
-    ~STempDir() { std::system(("rm -rf '" + strPath + "'").c_str()); }
-    std::string File(const std::string& in_strName) const { return strPath + "/" + in_strName; }
-    std::string strPath;
-};
+// Checks that in_fn throws a tool error with the status, whose message holds
+// every piece.
+void ExpectError(const std::function<void()>& in_fn, int in_iStatus, const std::vector<std::string>& in_vecPieces)
+{
+    const CQxToolError e = Thrown(in_fn);
+    EXPECT_EQ(e.GetStatus(), in_iStatus) << e.what();
+    for (const std::string& str : in_vecPieces) EXPECT_NE(std::string(e.what()).find(str), std::string::npos) << e.what();
+}
 
 // Writes beyond in_uiBytes fail for as long as this lives ("File too
 // large"), as they would on a full disk.
@@ -77,12 +78,6 @@ private:
     struct rlimit m_sSaved;
     void (*m_pfnSaved)(int);
 };
-
-void WriteBytes(const std::string& in_strPath, const std::vector<uint8_t>& in_vec)
-{
-    std::ofstream file(in_strPath, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(in_vec.data()), std::streamsize(in_vec.size()));
-}
 
 // --- Command-line vocabulary ------------------------------------------------
 
@@ -112,13 +107,11 @@ TEST(ToolVocabulary, FormatsByNameAndAlias)
         EXPECT_GT(PackedLineBytes(r, 48), 0u) << r.pszName;
         EXPECT_EQ(&ParseFormat(r.pszName), &r);
     }
-    const CQxToolError e = Thrown([] { ParseFormat("nv12"); });
-    EXPECT_EQ(e.GetStatus(), keExitUsage);
-    EXPECT_NE(std::string(e.what()).find("\"nv12\""), std::string::npos) << e.what();
-    EXPECT_NE(std::string(e.what()).find("v210"), std::string::npos) << "the error lists the formats: " << e.what();
+    // The error lists the formats.
+    ExpectError([] { ParseFormat("nv12"); }, keExitUsage, {"\"nv12\"", "v210"});
 }
 
-TEST(ToolVocabulary, SizesAndTheirErrors)
+TEST(ToolVocabulary, SizesNamedValuesNumbersAndTheirErrors)
 {
     EXPECT_EQ(ParseSize("1920x1080").uiWidth, 1920u);
     EXPECT_EQ(ParseSize("1920x1080").uiHeight, 1080u);
@@ -126,23 +119,6 @@ TEST(ToolVocabulary, SizesAndTheirErrors)
     EXPECT_EQ(ParseSize("2160p").uiHeight, 2160u);
     EXPECT_EQ(ParseSize("720x486").uiHeight, 486u);
     EXPECT_EQ(ParseSize("16384x1").uiWidth, 16384u);
-    struct SCase {
-        const char* pszText;
-        const char* pszSaid;
-    } const asBad[] = {
-        {"1920", "WIDTHxHEIGHT"},   {"1920x", "WIDTHxHEIGHT"},    {"x1080", "WIDTHxHEIGHT"},
-        {"-4x4", "WIDTHxHEIGHT"},   {"19 20x1080", "WIDTHxHEIGHT"}, {"0x1080", "at least one pixel"},
-        {"1920x0", "at least one pixel"}, {"16385x16", "too large"}, {"99999999999999x1", "WIDTHxHEIGHT"},
-    };
-    for (const SCase& r : asBad) {
-        const CQxToolError e = Thrown([&] { ParseSize(r.pszText); });
-        EXPECT_EQ(e.GetStatus(), keExitUsage) << r.pszText;
-        EXPECT_NE(std::string(e.what()).find(r.pszSaid), std::string::npos) << r.pszText << ": " << e.what();
-    }
-}
-
-TEST(ToolVocabulary, NamedValuesAndNumbers)
-{
     EXPECT_EQ(ParseColorimetry("709"), keQxColorimetryITUR_BT_709);
     EXPECT_EQ(ParseColorimetry("BT.601"), keQxColorimetryITUR_BT_601);
     EXPECT_EQ(ParseColorimetry("bt2100-pq"), keQxColorimetryITUR_BT_2100_PQ);
@@ -152,32 +128,44 @@ TEST(ToolVocabulary, NamedValuesAndNumbers)
     EXPECT_EQ(ParseFilter("filtered"), keQxFilterModeFiltered);
     EXPECT_EQ(ParseCount("25", "frame count", 1, 100), 25u);
     EXPECT_FLOAT_EQ(ParseUnit("0.25", "alpha"), 0.25f);
-    EXPECT_EQ(SplitList("v210,argb", "format").size(), 2u);
+    EXPECT_EQ(SplitList("v210,argb", "format"), (std::vector<std::string>{"v210", "argb"}));
 
-    const std::function<void()> afnBad[] = {
-        [] { ParseColorimetry("2021"); },       [] { ParseColor("purple"); },
-        [] { ParseAngle("45"); },               [] { ParseFilter("bicubic"); },
-        [] { ParseCount("0", "count", 1, 9); }, [] { ParseCount("10", "count", 1, 9); },
-        [] { ParseCount("3a", "count", 1, 9); }, [] { ParseUnit("1.5", "alpha"); },
-        [] { ParseUnit("0.5x", "alpha"); },     [] { SplitList("v210,,argb", "format"); },
-        [] { SplitList("", "format"); },        [] { ParsePattern("checkerboard"); },
+    // Usage errors that say what was wrong.
+    const std::pair<std::function<void()>, const char*> asBad[] = {
+        {[] { ParseSize("1920"); }, "WIDTHxHEIGHT"},
+        {[] { ParseSize("1920x"); }, "WIDTHxHEIGHT"},
+        {[] { ParseSize("x1080"); }, "WIDTHxHEIGHT"},
+        {[] { ParseSize("-4x4"); }, "WIDTHxHEIGHT"},
+        {[] { ParseSize("19 20x1080"); }, "WIDTHxHEIGHT"},
+        {[] { ParseSize("99999999999999x1"); }, "WIDTHxHEIGHT"},
+        {[] { ParseSize("0x1080"); }, "at least one pixel"},
+        {[] { ParseSize("1920x0"); }, "at least one pixel"},
+        {[] { ParseSize("16385x16"); }, "too large"},
+        {[] { ParseColorimetry("2021"); }, "unknown colorimetry \"2021\""},
+        {[] { ParseColor("purple"); }, "unknown colour \"purple\""},
+        {[] { ParseAngle("45"); }, "bad rotation angle \"45\""},
+        {[] { ParseFilter("bicubic"); }, "unknown chroma filter \"bicubic\""},
+        {[] { ParseCount("0", "count", 1, 9); }, "bad count \"0\""},
+        {[] { ParseCount("10", "count", 1, 9); }, "bad count \"10\""},
+        {[] { ParseCount("3a", "count", 1, 9); }, "bad count \"3a\""},
+        {[] { ParseUnit("1.5", "alpha"); }, "bad alpha \"1.5\""},
+        {[] { ParseUnit("0.5x", "alpha"); }, "bad alpha \"0.5x\""},
+        {[] { SplitList("v210,,argb", "format"); }, "empty entry in the format list"},
+        {[] { SplitList("", "format"); }, "empty entry in the format list"},
+        {[] { ParsePattern("checkerboard"); }, "unknown test pattern \"checkerboard\""},
     };
-    for (const auto& fn : afnBad) EXPECT_EQ(Thrown(fn).GetStatus(), keExitUsage);
+    for (const auto& [fn, pszSaid] : asBad) ExpectError(fn, keExitUsage, {pszSaid});
 }
 
 // --- Test patterns ----------------------------------------------------------
 
-struct SBarCodes {
-    uint16_t uiY, uiCb, uiCr;
-};
-
-// The codes of the seven bars in the middle of each bar, line 10.
-std::vector<SBarCodes> BarCodes(EQxColorimetry in_eColorimetry, uint32_t in_uiBits, uint32_t in_uiWidth)
+// Y, Cb and Cr in the middle of each of the seven bars, line 10.
+std::vector<std::array<uint16_t, 3>> BarCodes(EQxColorimetry in_eColorimetry, uint32_t in_uiBits, uint32_t in_uiWidth)
 {
     const CQxToolPattern oBars(keQxToolPatternBars, in_uiWidth, 100, in_eColorimetry);
     SQxToolYuvLine sLine;
     oBars.GetLine(0, 10, in_uiBits, in_uiWidth, &sLine);
-    std::vector<SBarCodes> vec;
+    std::vector<std::array<uint16_t, 3>> vec;
     for (int i = 0; i < 7; ++i) {
         const uint32_t x = (uint32_t(in_uiWidth * (2 * i + 1) / 14)) & ~1u;
         vec.push_back({sLine.vecY[x], sLine.vecCb[x / 2], sLine.vecCr[x / 2]});
@@ -190,20 +178,12 @@ TEST(ToolPattern, SeventyFivePercentBarsHaveThePublishedCodes)
     // 10-bit BT.709 75% bars and 8-bit BT.601 75% bars as the broadcast
     // references tabulate them: white, yellow, cyan, green, magenta, red,
     // blue.
-    const SBarCodes asHd[7] = {{721, 512, 512}, {674, 176, 543}, {581, 589, 176}, {534, 253, 207},
-                               {251, 771, 817}, {204, 435, 848}, {111, 848, 481}};
-    const SBarCodes asSd[7] = {{180, 128, 128}, {162, 44, 142}, {131, 156, 44}, {112, 72, 58},
-                               {84, 184, 198},  {65, 100, 212}, {35, 212, 114}};
-    const std::vector<SBarCodes> vecHd = BarCodes(keQxColorimetryITUR_BT_709, 10, 1920);
-    const std::vector<SBarCodes> vecSd = BarCodes(keQxColorimetryITUR_BT_601, 8, 720);
-    for (int i = 0; i < 7; ++i) {
-        EXPECT_EQ(vecHd[i].uiY, asHd[i].uiY) << "bar " << i;
-        EXPECT_EQ(vecHd[i].uiCb, asHd[i].uiCb) << "bar " << i;
-        EXPECT_EQ(vecHd[i].uiCr, asHd[i].uiCr) << "bar " << i;
-        EXPECT_EQ(vecSd[i].uiY, asSd[i].uiY) << "bar " << i;
-        EXPECT_EQ(vecSd[i].uiCb, asSd[i].uiCb) << "bar " << i;
-        EXPECT_EQ(vecSd[i].uiCr, asSd[i].uiCr) << "bar " << i;
-    }
+    EXPECT_EQ(BarCodes(keQxColorimetryITUR_BT_709, 10, 1920),
+              (std::vector<std::array<uint16_t, 3>>{{721, 512, 512}, {674, 176, 543}, {581, 589, 176}, {534, 253, 207},
+                                                    {251, 771, 817}, {204, 435, 848}, {111, 848, 481}}));
+    EXPECT_EQ(BarCodes(keQxColorimetryITUR_BT_601, 8, 720),
+              (std::vector<std::array<uint16_t, 3>>{{180, 128, 128}, {162, 44, 142}, {131, 156, 44}, {112, 72, 58},
+                                                    {84, 184, 198}, {65, 100, 212}, {35, 212, 114}}));
 }
 
 TEST(ToolPattern, BarsBottomRowHasWhiteAndPlugeInsideTheLegalCodes)
@@ -252,8 +232,8 @@ TEST(ToolPattern, RampAndZonePlate)
     oZone.GetLine(4, 540, 10, 1920, &sLine);
     EXPECT_LE(sLine.vecY[960], 74);
 
-    EXPECT_EQ(Thrown([] { CQxToolPattern(keQxToolPatternBars, 64, 64, keQxColorimetryUnknown); }).GetStatus(),
-              keExitUsage);
+    ExpectError([] { CQxToolPattern(keQxToolPatternBars, 64, 64, keQxColorimetryUnknown); }, keExitUsage,
+                {"needs a colorimetry with a matrix"});
 }
 
 #ifdef QXT_HAVE_LIBAVCODEC
@@ -347,18 +327,11 @@ TEST(ToolPattern, PackedLayoutsCarryTheCodesAndStayInsideTheirLines)
 
 TEST(ToolPng, PicturesBecomeImagesThatReadBack)
 {
-    STempDir oDir;
+    CTempDir oDir;
     // 8-bit ARGB Graphic (B, G, R, A bytes): opaque drops the key.
     const uint32_t uiWidth = 3, uiHeight = 2;
-    std::vector<uint8_t> vecArgb(16 * uiHeight, 0xEE);  // 16-byte pitch, 4 guard bytes a line
-    for (uint32_t y = 0; y < uiHeight; ++y)
-        for (uint32_t x = 0; x < uiWidth; ++x) {
-            uint8_t* puc = &vecArgb[16 * y + 4 * x];
-            puc[0] = uint8_t(10 * x);       // B
-            puc[1] = uint8_t(100 + y);      // G
-            puc[2] = uint8_t(200 + x + y);  // R
-            puc[3] = 255;
-        }
+    std::vector<uint8_t> vecArgb = {0,  100, 200, 255, 10, 100, 201, 255, 20, 100, 202, 255, 0xEE, 0xEE, 0xEE, 0xEE,
+                                    0,  101, 201, 255, 10, 101, 202, 255, 20, 101, 203, 255, 0xEE, 0xEE, 0xEE, 0xEE};
     SQxToolImage sImage = ImageFromPicture(ParseFormat("argb"), vecArgb.data(), 16, uiWidth, uiHeight);
     EXPECT_EQ(sImage.uiChannels, 3u);
     WritePng(oDir.File("rgb.png"), sImage);
@@ -378,12 +351,7 @@ TEST(ToolPng, PicturesBecomeImagesThatReadBack)
     EXPECT_EQ(sImage.Row(1)[7], 7);
 
     // 16-bit ABGR words become big-endian R, G, B, A samples.
-    const uint16_t auiAbgr[4] = {0x1234, 0x0102, 0xA0B0, 0xFFEE};
-    std::vector<uint8_t> vec16(8);
-    for (int i = 0; i < 4; ++i) {
-        vec16[2 * i] = uint8_t(auiAbgr[i]);
-        vec16[2 * i + 1] = uint8_t(auiAbgr[i] >> 8);
-    }
+    const std::vector<uint8_t> vec16 = {0x34, 0x12, 0x02, 0x01, 0xB0, 0xA0, 0xEE, 0xFF};  // A, B, G, R words
     sImage = ImageFromPicture(ParseFormat("abgr16"), vec16.data(), 8, 1, 1);
     WritePng(oDir.File("rgba16.png"), sImage);
     ASSERT_TRUE(NQxTest::ReadPng(oDir.File("rgba16.png"), &sRead));
@@ -400,7 +368,7 @@ TEST(ToolPng, PicturesBecomeImagesThatReadBack)
 
 TEST(ToolPng, WriteErrorsNameTheFileAndLeaveNothingBehind)
 {
-    STempDir oDir;
+    CTempDir oDir;
     SQxToolImage sImage;
     sImage.Allocate(4, 4, 3, 8);
     sImage.Allocate(600, 400, 3, 8);
@@ -410,21 +378,17 @@ TEST(ToolPng, WriteErrorsNameTheFileAndLeaveNothingBehind)
         const char* pszSaid;
     } const asCases[] = {
         {oDir.File("missing/out.png"), "No such file or directory"},
-        {oDir.strPath, "Is a directory"},
+        {oDir.Path(), "Is a directory"},
         {oDir.File("full.png"), "File too large"},
     };
     for (const SCase& r : asCases) {
         const CFileSizeLimit oLimit(4096);
-        const CQxToolError e = Thrown([&] { WritePng(r.strPath, sImage); });
-        EXPECT_EQ(e.GetStatus(), keExitFailure);
-        EXPECT_NE(std::string(e.what()).find(r.strPath), std::string::npos) << e.what();
-        EXPECT_NE(std::string(e.what()).find(r.pszSaid), std::string::npos) << e.what();
+        ExpectError([&] { WritePng(r.strPath, sImage); }, keExitFailure, {r.strPath, r.pszSaid});
     }
     SQxToolImage sEmpty;
     EXPECT_THROW(WritePng(oDir.File("empty.png"), sEmpty), CQxToolError);
-    struct stat st;
-    EXPECT_NE(stat(oDir.File("empty.png").c_str(), &st), 0);
-    EXPECT_NE(stat(oDir.File("full.png").c_str(), &st), 0) << "a cut PNG is removed";
+    EXPECT_FALSE(NQxTest::FileExists(oDir.File("empty.png")));
+    EXPECT_FALSE(NQxTest::FileExists(oDir.File("full.png"))) << "a cut PNG is removed";
 }
 
 TEST(ToolPng, NumberedNames)
@@ -498,12 +462,12 @@ TEST(ToolChart, BarsAreAsLongAsTheirValuesAndMissingOnesAreLeftOut)
 
 TEST(ToolRawFiles, FramesWithPaddedPitchReadIntoPictures)
 {
-    STempDir oDir;
+    CTempDir oDir;
     // Two frames of 3 lines of 5 bytes at a pitch of 8.
     const SQxToolRawLayout sLayout{5, 8, 3};
-    std::vector<uint8_t> vecFile(2 * 24);
-    for (size_t i = 0; i < vecFile.size(); ++i) vecFile[i] = uint8_t(i);
-    WriteBytes(oDir.File("in.raw"), vecFile);
+    std::string strFile(2 * 24, '\0');
+    for (size_t i = 0; i < strFile.size(); ++i) strFile[i] = char(i);
+    WriteFile(oDir.File("in.raw"), strFile);
     CQxToolRawReader oReader(oDir.File("in.raw"), sLayout, 0, "test");
     EXPECT_EQ(oReader.GetFrameCount(), 2u);
     std::vector<uint8_t> vecPicture(3 * 6, 0xEE);  // a picture pitch of 6
@@ -520,8 +484,8 @@ TEST(ToolRawFiles, FramesWithPaddedPitchReadIntoPictures)
         oWriter.WriteFrame(vecPicture.data(), 6, SQxToolRawLayout{5, 5, 1});
         oWriter.Close();
     }
-    std::ifstream file(oDir.File("out.raw"), std::ios::binary);
-    const std::vector<uint8_t> vecOut((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    const std::string strOut = NQxTest::ReadFile(oDir.File("out.raw"));
+    const std::vector<uint8_t> vecOut(strOut.begin(), strOut.end());
     const std::vector<uint8_t> vecExpected = {24, 25, 26, 27, 28, 0, 0, 32, 33, 34, 35, 36, 0, 0,
                                               40, 41, 42, 43, 44, 0, 0, 24, 25, 26, 27, 28};
     EXPECT_EQ(vecOut, vecExpected);
@@ -531,8 +495,7 @@ TEST(ToolRawFiles, FramesWithPaddedPitchReadIntoPictures)
         CQxToolRawWriter oWriter(oDir.File("failed.raw"));
         oWriter.WriteFrame(vecPicture.data(), 6, SQxToolRawLayout{5, 5, 1});
     }
-    struct stat st;
-    EXPECT_NE(stat(oDir.File("failed.raw").c_str(), &st), 0);
+    EXPECT_FALSE(NQxTest::FileExists(oDir.File("failed.raw")));
 
     // --frames takes the first frames of a file with more.
     CQxToolRawReader oFirst(oDir.File("in.raw"), sLayout, 1, "test");
@@ -543,30 +506,25 @@ TEST(ToolRawFiles, FramesWithPaddedPitchReadIntoPictures)
 
 TEST(ToolRawFiles, FilesThatDoNotHoldWholeFramesAreRefused)
 {
-    STempDir oDir;
+    CTempDir oDir;
     const SQxToolRawLayout sLayout{10, 10, 4};  // 40-byte frames
-    WriteBytes(oDir.File("empty.raw"), {});
-    WriteBytes(oDir.File("short.raw"), std::vector<uint8_t>(39));
-    WriteBytes(oDir.File("ragged.raw"), std::vector<uint8_t>(85));
-    WriteBytes(oDir.File("two.raw"), std::vector<uint8_t>(80));
+    for (const auto& [pszName, uiBytes] : {std::pair{"empty.raw", 0}, {"short.raw", 39}, {"ragged.raw", 85}, {"two.raw", 80}})
+        WriteFile(oDir.File(pszName), std::string(uiBytes, 'x'));
     struct SCase {
         std::string strPath;
         uint32_t uiFrames;
         const char* pszSaid;
     } const asCases[] = {
         {oDir.File("none.raw"), 0, "No such file or directory"},
-        {oDir.strPath, 0, "Is a directory"},
+        {oDir.Path(), 0, "Is a directory"},
         {oDir.File("empty.raw"), 0, "is empty"},
         {oDir.File("short.raw"), 0, "39 bytes, less than one frame of 40 bytes (the layout)"},
         {oDir.File("ragged.raw"), 0, "2 frames of 40 bytes (the layout) and 5 bytes more"},
         {oDir.File("two.raw"), 3, "holds 2 frames of 40 bytes (the layout), but --frames asks for 3"},
     };
-    for (const SCase& r : asCases) {
-        const CQxToolError e = Thrown([&] { CQxToolRawReader(r.strPath, sLayout, r.uiFrames, "the layout"); });
-        EXPECT_EQ(e.GetStatus(), keExitFailure);
-        EXPECT_NE(std::string(e.what()).find(r.strPath), std::string::npos) << e.what();
-        EXPECT_NE(std::string(e.what()).find(r.pszSaid), std::string::npos) << e.what();
-    }
+    for (const SCase& r : asCases)
+        ExpectError([&] { CQxToolRawReader(r.strPath, sLayout, r.uiFrames, "the layout"); }, keExitFailure,
+                    {r.strPath, r.pszSaid});
     // A ragged file is fine when --frames says how many whole frames to take.
     EXPECT_EQ(CQxToolRawReader(oDir.File("ragged.raw"), sLayout, 2, "x").GetFrameCount(), 2u);
 }
@@ -591,9 +549,8 @@ TEST(ToolRawFiles, StreamsEndOnAFrameBoundaryOrFail)
         if (uBytes == 16) {
             EXPECT_FALSE(oReader.ReadFrame(vecPicture.data(), 4));
         } else {
-            const CQxToolError e = Thrown([&] { oReader.ReadFrame(vecPicture.data(), 4); });
-            EXPECT_NE(std::string(e.what()).find("ended 3 bytes into frame 3 (8 bytes each)"), std::string::npos)
-                << e.what();
+            ExpectError([&] { oReader.ReadFrame(vecPicture.data(), 4); }, keExitFailure,
+                        {"ended 3 bytes into frame 3 (8 bytes each)"});
         }
         close(aiPipe[0]);
     }
@@ -601,23 +558,21 @@ TEST(ToolRawFiles, StreamsEndOnAFrameBoundaryOrFail)
 
 TEST(ToolRawFiles, WriteErrorsSurface)
 {
-    STempDir oDir;
-    EXPECT_NE(std::string(Thrown([&] { CQxToolRawWriter(oDir.File("no/such.raw")); }).what())
-                  .find("No such file or directory"),
-              std::string::npos);
+    CTempDir oDir;
+    ExpectError([&] { CQxToolRawWriter(oDir.File("no/such.raw")); }, keExitFailure, {"No such file or directory"});
     // A full disk shows at the latest when the file is closed, small
     // frames that stay in the stream's buffer included; the cut file goes.
     std::vector<uint8_t> vec(1 << 16, 3);
     for (const uint32_t uiLine : {256u, 8u}) {
         const CFileSizeLimit oLimit(100);
-        const CQxToolError e = Thrown([&] {
-            CQxToolRawWriter oWriter(oDir.File("full.raw"));
-            oWriter.WriteFrame(vec.data(), 256, SQxToolRawLayout{uiLine, uiLine, 16});
-            oWriter.Close();
-        });
-        EXPECT_NE(std::string(e.what()).find("full.raw: File too large"), std::string::npos) << e.what();
-        struct stat st;
-        EXPECT_NE(stat(oDir.File("full.raw").c_str(), &st), 0);
+        ExpectError(
+            [&] {
+                CQxToolRawWriter oWriter(oDir.File("full.raw"));
+                oWriter.WriteFrame(vec.data(), 256, SQxToolRawLayout{uiLine, uiLine, 16});
+                oWriter.Close();
+            },
+            keExitFailure, {"full.raw: File too large"});
+        EXPECT_FALSE(NQxTest::FileExists(oDir.File("full.raw")));
     }
 }
 

@@ -3,15 +3,13 @@
 #ifndef QXBASE_TESTS_TOOLS_TOOLRUN_H
 #define QXBASE_TESTS_TOOLS_TOOLRUN_H
 
+#include "support/qxtest_support.h"
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,40 +21,16 @@ struct SToolRun {
     std::string strErr;
 };
 
-inline std::string ReadWholeFile(const std::string& in_strPath)
+inline bool Contains(const std::string& in_strText, const std::string& in_strPart)
 {
-    std::ifstream file(in_strPath, std::ios::binary);
-    std::ostringstream oss;
-    oss << file.rdbuf();
-    return oss.str();
+    return in_strText.find(in_strPart) != std::string::npos;
 }
-
-// A folder under /tmp that goes away with the object.
-class CToolTempDir {
-public:
-    CToolTempDir()
-    {
-        char sz[] = "/tmp/qxtools-XXXXXX";
-        m_strPath = mkdtemp(sz) ? sz : "/tmp";
-    }
-    ~CToolTempDir()
-    {
-        if (m_strPath != "/tmp") std::system(("rm -rf '" + m_strPath + "'").c_str());
-    }
-    CToolTempDir(const CToolTempDir&) = delete;
-    CToolTempDir& operator=(const CToolTempDir&) = delete;
-    const std::string& Path() const { return m_strPath; }
-    std::string File(const std::string& in_strName) const { return m_strPath + "/" + in_strName; }
-
-private:
-    std::string m_strPath;
-};
 
 // Runs in_vecArgs[0] with the arguments, standard input from in_strStdin
 // (empty: /dev/null), and the environment of this process.
 inline SToolRun RunTool(const std::vector<std::string>& in_vecArgs, const std::string& in_strStdin = "")
 {
-    CToolTempDir oDir;
+    CTempDir oDir;
     const std::string strOut = oDir.File("out"), strErr = oDir.File("err");
     std::vector<char*> vecArgv;
     for (const std::string& s : in_vecArgs) vecArgv.push_back(const_cast<char*>(s.c_str()));
@@ -80,8 +54,8 @@ inline SToolRun RunTool(const std::vector<std::string>& in_vecArgs, const std::s
     while (waitpid(pid, &iStatus, 0) < 0 && errno == EINTR) {
     }
     s.iStatus = WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : 128 + WTERMSIG(iStatus);
-    s.strOut = ReadWholeFile(strOut);
-    s.strErr = ReadWholeFile(strErr);
+    s.strOut = ReadFile(strOut);
+    s.strErr = ReadFile(strErr);
     return s;
 }
 
