@@ -6,16 +6,17 @@
 
 #include <algorithm>
 #include <climits>
+#include <cwchar>
 #include <map>
 #include <set>
-#include <cwchar>
 #include <string>
 #include <vector>
 
 namespace {
 
-// Every known packet, independently of the library's table. The SDIDs from
-// iSdidFirst to iSdidLast name it; -1: the SDID is not looked at.
+// Every known packet, independently of the library's table, in the order
+// in which unknown SDIDs fall through them. The SDIDs from iSdidFirst to
+// iSdidLast name a packet; -1: the SDID is not looked at.
 struct SKnownPacket {
     int iDid, iSdidFirst, iSdidLast;
     const wchar_t* pwszDescription;
@@ -127,58 +128,31 @@ TEST(VancPacketTypeToStringEx, ShortBuffersHoldATerminatedPrefixAndNothingBeyond
     }
 }
 
-// The DIDs whose unknown SDIDs fall through to the packets of later DIDs.
-const std::set<unsigned> koChain = {0x08, 0x40, 0x41, 0x43, 0x44, 0x45, 0x50, 0x51, 0x60, 0x61, 0x62};
-
-TEST(VancPacketTypeToString, KnownPairsIgnoredSdidsAndUnknownDids)
-{
-    for (unsigned uiDid = 0; uiDid < 256; ++uiDid) {
-        for (unsigned uiSdid = 0; uiSdid < 256; ++uiSdid) {
-            const SKnownPacket* psKnown = FindKnown(int(uiDid), int(uiSdid));
-            std::wstring oExpected = L"Unknown type";
-            if (psKnown != nullptr) {
-                oExpected = psKnown->pwszDescription;
-            } else if (koChain.count(uiDid) != 0 && uiSdid != 0x00 && uiSdid != 0xFF) {
-                continue;  // falls through: below
-            }
-            ASSERT_EQ(oExpected, NQxHelper::VancPacketTypeToString(static_cast<unsigned char>(uiDid),
-                                                                   static_cast<unsigned char>(uiSdid)))
-                << "DID " << uiDid << " SDID " << uiSdid;
-        }
-    }
-}
-
 TEST(VancPacketTypeToString, UnknownSdidFallsThroughToLaterDidsOnly)
 {
-    struct {
-        unsigned char ucDid, ucSdid;
-        const wchar_t* pwszExpected;
-    } const asCases[] = {
-        {0x41, 0x02, L"SDP OP47 Teletext (RDD8)"},
-        {0x41, 0x09, L"Compressed Audio Metadata (S2020-1)"},
-        {0x45, 0x60, L"ANC Time Code (S12M-2)"},
-        {0x08, 0x01, L"SDTI transport in active frame space (S305)"},
-        {0x08, 0x09, L"Compressed Audio Metadata (S2020-1)"},
-        {0x08, 0x44, L"Packing UMID and Program ID Label Data (RP214)"},
-        {0x40, 0x03, L"Multipacket OP47 Teletext (RDD8)"},
-        {0x40, 0x08, L"DVB/SCTE VBI data (S2031)"},
-        {0x43, 0x04, L"KLV Metadata (RP214)"},
-        {0x44, 0x01, L"Compressed Audio Metadata (S2020-1)"},
-        {0x50, 0x02, L"CEA608 Closed caption (S334-1)"},
-        {0x51, 0x60, L"ANC Time Code (S12M-2)"},
-        {0x61, 0x03, L"VBI data (RP208)"},
-        {0x60, 0x01, L"CEA708 Closed caption (S334-1)"},
-        {0x44, 0x02, L"Compressed Audio Metadata (S2020-1)"},
-        // No packet looks back to an earlier DID of the chain.
-        {0x62, 0x04, L"Unknown type"},
-        {0x62, 0x60, L"Unknown type"},
-        {0x61, 0x08, L"Unknown type"},
-        {0x45, 0x44, L"Unknown type"},
-    };
-    for (const auto& rsCase : asCases) {
-        EXPECT_STREQ(rsCase.pwszExpected, NQxHelper::VancPacketTypeToString(rsCase.ucDid, rsCase.ucSdid))
-            << std::hex << "DID 0x" << unsigned(rsCase.ucDid) << " SDID 0x" << unsigned(rsCase.ucSdid);
+    // The rule: from the DID's first packet on, in the order of the table
+    // above, the first packet whose SDIDs hold the SDID, whatever its DID.
+    for (int iDid = 0; iDid < 256; ++iDid) {
+        for (int iSdid = 0; iSdid < 256; ++iSdid) {
+            const SKnownPacket* psPacket = std::find_if(std::begin(kasKnown), std::end(kasKnown),
+                                                        [&](const SKnownPacket& r) { return r.iDid == iDid; });
+            while (psPacket != std::end(kasKnown) && psPacket->iSdidFirst >= 0 &&
+                   (iSdid < psPacket->iSdidFirst || iSdid > psPacket->iSdidLast))
+                ++psPacket;
+            const std::wstring oExpected = psPacket == std::end(kasKnown) ? L"Unknown type" : psPacket->pwszDescription;
+            ASSERT_EQ(oExpected, NQxHelper::VancPacketTypeToString(static_cast<unsigned char>(iDid),
+                                                                   static_cast<unsigned char>(iSdid)))
+                << "DID " << iDid << " SDID " << iSdid;
+        }
     }
+    // The rule's cases as plain examples.
+    EXPECT_STREQ(L"SDP OP47 Teletext (RDD8)", NQxHelper::VancPacketTypeToString(0x41, 0x02));
+    EXPECT_STREQ(L"ANC Time Code (S12M-2)", NQxHelper::VancPacketTypeToString(0x45, 0x60));
+    EXPECT_STREQ(L"Payload Identification (S352M)", NQxHelper::VancPacketTypeToString(0x41, 0x01));
+    EXPECT_STREQ(L"Undefined (S291)", NQxHelper::VancPacketTypeToString(0x00, 0x77));
+    EXPECT_STREQ(L"Unknown type", NQxHelper::VancPacketTypeToString(0x45, 0x44));  // never looks back
+    EXPECT_STREQ(L"Unknown type", NQxHelper::VancPacketTypeToString(0x62, 0x04));
+    EXPECT_STREQ(L"Unknown type", NQxHelper::VancPacketTypeToString(0x63, 0x01));
 }
 
 // Every value of an enumeration, out-of-range values and the value one past
