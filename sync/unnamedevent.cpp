@@ -139,7 +139,7 @@ CQxUnnamedEvent::~CQxUnnamedEvent()
 void CQxUnnamedEvent::_StoreState(int32_t in_i32State)
 {
     pthread_mutex_lock(&m_oStateMutex);
-    m_i32State.store(in_i32State, std::memory_order_relaxed);
+    m_i32State.store(in_i32State, std::memory_order_release);
     pthread_mutex_unlock(&m_oStateMutex);
 }
 
@@ -170,7 +170,7 @@ int CQxUnnamedEvent::Reset()
 
 bool CQxUnnamedEvent::IsSet()
 {
-    return m_i32State.load(std::memory_order_relaxed) != 0;
+    return m_i32State.load(std::memory_order_acquire) != 0;
 }
 
 bool CQxUnnamedEvent::ConsumeSignal()
@@ -195,6 +195,11 @@ bool CQxUnnamedEvent::IsSignalledFor(uint64_t in_ui64PulseCountAtRegistration)
 
 bool CQxUnnamedEvent::Wait(unsigned long in_ulMilliseconds)
 {
+    // The common case of a set manual-reset event (a queue with room, an
+    // idle queue) needs no condition and no registration: nothing consumes
+    // the signal, and a waiter that registered would find it at its first
+    // test. Tested through the virtual table, as below.
+    if (m_bManualReset && IsSet()) return true;
     SQxCondition sCondition;
     SQxSynchroObject sRecord = {nullptr, nullptr, &sCondition};
     const uint64_t ui64Registered = RegisterWaiter(&sRecord);

@@ -86,7 +86,8 @@ public:
     int Reset() override;
     // Unlocked read of the state.
     bool IsSet() override;
-    // Throws a const char* when the platform wait fails.
+    // Throws a const char* when the platform wait fails. A manual-reset event
+    // found set returns at once, without registering a waiter.
     bool Wait(unsigned long in_ulMilliseconds) override;
     // Manual-reset only: releases the waiters registered now, returns once
     // they have all left, and leaves the event not signalled. An auto-reset
@@ -123,7 +124,9 @@ private:
     uint64_t _Unregister(SQxSynchroObject* in_pSynchro);
 
     // Written under the state mutex; read without a lock by IsSet, hence
-    // atomic (relaxed: the mutexes order everything else).
+    // atomic. A Set publishes what came before it to a waiter that sees the
+    // state without taking a mutex (a set manual-reset event), hence the
+    // release store and acquire read.
     std::atomic<int32_t> m_i32State;
     // Pulses so far; changed under the list mutex while every waiter's
     // condition mutex is held, so a registered waiter reads it safely under
