@@ -3,17 +3,13 @@
 #include <qxbase/qxcbufferservices.h>
 #include <qxbase/qxcsurface.h>
 #include <qxbase/qxerrors.h>
-#include <qxbase/qxworkqueue.h>
 
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 
 #include "bufferengine/qxccopyroutes.h"
-
-namespace {
-constexpr uint32_t kuiInfinite = 4294967295u;
-}  // namespace
+#include "bufferengine/qxcslicerunner.h"
 
 CQxcBufferClearService::CQxcBufferClearService()
     : CQxLightUnknown(L"BufferClearService", nullptr),
@@ -28,7 +24,7 @@ CQxcBufferClearService::CQxcBufferClearService()
       m_pucPattern(nullptr),
       m_uPatternBytes(0),
       m_apPatternSurfaces{},
-      m_pWorkQueue(nullptr),
+      m_pRunner(nullptr),
       m_uiErrorCount(0)
 {
 }
@@ -40,14 +36,7 @@ HRESULT CQxcBufferClearService::OpenServices()
     CloseServices();
     try {
         m_pGenericCopy.reset(CQxcGenericCopyFactory::CreateGenericCopy());
-        int iResult = 0;
-        m_pWorkQueue = new CQxConcurrentWorkQueue(
-            [](void* in_pItem) {
-                SSlice* psSlice = static_cast<SSlice*>(in_pItem);
-                if (!psSlice->bClaimed.exchange(true, std::memory_order_acq_rel))
-                    psSlice->pService->ClearSlice(*psSlice);
-            },
-            iResult, "BufferClearService", 4294967295ul);
+        m_pRunner = new CQxcSliceRunner("BufferClearService");
     } catch (...) {
         CloseServices();
         return E_OUTOFMEMORY;
@@ -57,8 +46,8 @@ HRESULT CQxcBufferClearService::OpenServices()
 
 HRESULT CQxcBufferClearService::CloseServices()
 {
-    delete m_pWorkQueue;
-    m_pWorkQueue = nullptr;
+    delete m_pRunner;
+    m_pRunner = nullptr;
     m_pGenericCopy.reset();
     for (CQxcSurface*& pSurface : m_apPatternSurfaces) {
         delete pSurface;
@@ -186,37 +175,30 @@ HRESULT CQxcBufferClearService::ValidateAndInitializeClearParams(IQxSurface* in_
     return S_OK;
 }
 
-void CQxcBufferClearService::ClearSlice(const SSlice& in_rsSlice)
+void CQxcBufferClearService::ClearSlice(void* in_pService, uint32_t in_uiSlice)
 {
     // Every line of the slice is a copy of the pattern.
-    unsigned char* pucLine = m_pucBuffer + uint64_t(in_rsSlice.uiFirstLine) * uint32_t(m_iPitch);
-    for (uint32_t y = 0; y < in_rsSlice.uiLines; ++y, pucLine += m_iPitch)
-        m_pGenericCopy->GenericCopy(m_pucPattern, pucLine, m_uiLineBytes);
+    CQxcBufferClearService& r = *static_cast<CQxcBufferClearService*>(in_pService);
+    const SSlice& rs = r.m_asSlices[in_uiSlice];
+    unsigned char* pucLine = r.m_pucBuffer + uint64_t(rs.uiFirstLine) * uint32_t(r.m_iPitch);
+    for (uint32_t y = 0; y < rs.uiLines; ++y, pucLine += r.m_iPitch)
+        r.m_pGenericCopy->GenericCopy(r.m_pucPattern, pucLine, r.m_uiLineBytes);
 }
 
 HRESULT CQxcBufferClearService::ClearMainThread()
 {
     m_uiErrorCount = 0;
     if (m_bDefaultQadHeader || m_uiHeight == 0) return S_OK;
-    if (!m_pWorkQueue || !m_pGenericCopy) return QX_E_NOT_INITIALIZED;
+    if (!m_pRunner || !m_pGenericCopy) return QX_E_NOT_INITIALIZED;
     const SQxcSlicePlan sPlan = CQxcBufferCopyService::PlanSlices(m_uiHeight, false);
     uint32_t uiTasks = 0;
     auto fnSlice = [&](uint32_t in_uiFirst, uint32_t in_uiLines) {
         SSlice& rs = m_asSlices[uiTasks++];
-        rs.pService = this;
         rs.uiFirstLine = in_uiFirst;
         rs.uiLines = in_uiLines;
-        rs.bClaimed.store(false, std::memory_order_relaxed);
     };
     for (uint32_t i = 0; i < sPlan.uiSlices; ++i) fnSlice(i * sPlan.uiLinesPerSlice, sPlan.uiLinesPerSlice);
     if (sPlan.uiRemainder != 0) fnSlice(sPlan.uiSlices * sPlan.uiLinesPerSlice, sPlan.uiRemainder);
-    // One slice runs on the calling thread, without the hand-over. With
-    // more, the calling thread takes the slices the pool has not started,
-    // from the last back, instead of sleeping until the pool wakes up.
-    if (uiTasks > 1)
-        for (uint32_t i = 0; i < uiTasks; ++i) m_pWorkQueue->QueueTask(&m_asSlices[i], kuiInfinite);
-    for (uint32_t i = uiTasks; i-- > 0;)
-        if (!m_asSlices[i].bClaimed.exchange(true, std::memory_order_acq_rel)) ClearSlice(m_asSlices[i]);
-    if (uiTasks > 1) m_pWorkQueue->WaitForCompletion(kuiInfinite);
+    m_pRunner->Run(uiTasks, &CQxcBufferClearService::ClearSlice, this);
     return S_OK;
 }

@@ -4,7 +4,6 @@
 #include <qxbase/qxerrors.h>
 #include <qxbase/qxcsurfacefactory.h>
 #include <qxbase/qxperftimer.h>
-#include <qxbase/qxworkqueue.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,10 +12,9 @@
 
 #include "bufferengine/qxccopyroutes.h"
 #include "bufferengine/qxclogger.h"
+#include "bufferengine/qxcslicerunner.h"
 
 namespace {
-
-constexpr uint32_t kuiInfinite = 4294967295u;
 
 bool IsFramePolarity(EQxPolarity in_ePolarity)
 {
@@ -180,8 +178,12 @@ CQxcBufferCopyService::CQxcBufferCopyService()
       m_ui64RotateTotal(0),
       m_ui64RotateCount(0),
       m_ppManagers(nullptr),
-      m_pWorkQueue(nullptr),
+      m_pRunner(nullptr),
       m_sParams{},
+      m_sPlan{},
+      m_uiPlanSourceLine(0),
+      m_uiPlanDestinationLine(0),
+      m_bPlanYuv(false),
       m_asSourcePlanes{},
       m_asDestinationPlanes{},
       m_uiReadBytes(0),
@@ -212,13 +214,7 @@ HRESULT CQxcBufferCopyService::OpenServices(IQxFlexEnginePrivate* in_pEngine)
         m_pRotator = m_oRotateFactory.CreateGenericRotate();
         // One queue for the life of the service: the copies it serves come
         // one at a time, and making it once keeps a copy free of set-up.
-        int iResult = 0;
-        m_pWorkQueue = new CQxConcurrentWorkQueue(
-            [](void* in_pItem) {
-                CQxcHostSurfaceCopyManager* pManager = static_cast<CQxcHostSurfaceCopyManager*>(in_pItem);
-                if (pManager->Claim()) pManager->GetService()->ConcurrencyCopyData(pManager);
-            },
-            iResult, "BufferCopyService", 4294967295ul);
+        m_pRunner = new CQxcSliceRunner("BufferCopyService");
     } catch (...) {
         CloseServices();
         return E_OUTOFMEMORY;
@@ -228,8 +224,8 @@ HRESULT CQxcBufferCopyService::OpenServices(IQxFlexEnginePrivate* in_pEngine)
 
 HRESULT CQxcBufferCopyService::CloseServices()
 {
-    delete m_pWorkQueue;
-    m_pWorkQueue = nullptr;
+    delete m_pRunner;
+    m_pRunner = nullptr;
     if (m_ppManagers) {
         for (unsigned int i = 0; i < kuiMaxSlices; ++i) delete m_ppManagers[i];
         delete[] m_ppManagers;
@@ -738,7 +734,6 @@ void CQxcBufferCopyService::SetupSlice(CQxcHostSurfaceCopyManager* in_pManager, 
     m.m_uiWriteBytes = m_uiWriteBytes;
     m.m_bFieldWeave = p.bFieldWeave;
     m.m_uiErrors = 0;
-    m.m_bClaimed.store(false, std::memory_order_relaxed);
     const EQxcSurfaceType eSource = SurfaceTypeOf(p.eSourceType);
     const EQxcSurfaceType eDestination = SurfaceTypeOf(p.eDestinationType);
     const unsigned int uiFields = p.bFieldWeave ? 2 : 1;
@@ -802,62 +797,54 @@ HRESULT CQxcBufferCopyService::CopyMainThread()
     const SCopyParams& p = m_sParams;
     m_uiErrorCount = 0;
     m_uiSliceCount = 0;
-    if (!m_ppManagers || !m_pWorkQueue) return QX_E_NOT_INITIALIZED;
+    if (!m_ppManagers || !m_pRunner) return QX_E_NOT_INITIALIZED;
     CQxPerfTimer* pTimer = CQxPerfTimer::GetTimerClass();
     const uint64_t ui64Start = pTimer->GetTime();
     PreparePlanes();
 
-    const SQxcSlicePlan sPlan = PlanSlices(p.uiLines, p.bFieldWeave);
-    const unsigned int uiFirstSource = p.bFieldWeave ? p.uiFirstSourceLine / 2 : p.uiFirstSourceLine;
-    const unsigned int uiFirstDestination = p.bFieldWeave ? p.uiFirstDestinationLine / 2 : p.uiFirstDestinationLine;
-    const bool bYuv = IsYuvPath();
-    const char* pszPath = bYuv ? "ConcRTCopy YUV <-> YUV" : "ConcRTCopy RGB <-> YUV";
-    // A copy of one task runs on the calling thread: handing it to the pool
-    // would only add the hand-over to its time.
-    const bool bInline = sPlan.uiSlices + (sPlan.uiRemainder != 0 ? 1 : 0) == 1;
-    // A slice whose hand-over fails is not lost: the calling thread claims
-    // what the pool has not, below.
-    auto fnQueue = [&](CQxcHostSurfaceCopyManager* in_pManager) {
-        if (bInline) {
-            in_pManager->Claim();
-            ConcurrencyCopyData(in_pManager);
-        } else {
-            m_pWorkQueue->QueueTask(in_pManager, kuiInfinite);
-        }
-    };
-    for (unsigned int i = 0; i < sPlan.uiSlices; ++i) {
-        CQxcHostSurfaceCopyManager* pManager = m_ppManagers[i];
-        if (bYuv)
-            _SetupTaskParametersYuvYuv(pManager, sPlan.uiLinesPerSlice, i, uiFirstDestination);
-        else
-            _SetupTaskParametersRgbYuv(pManager, sPlan.uiLinesPerSlice, i, uiFirstDestination, p.uiSourceHeight,
-                                       p.uiDestinationHeight);
-        fnQueue(pManager);
-    }
-    if (sPlan.uiSlices > 0 && !bInline) {
-        // The slices the pool has not reached yet are done here, from the
-        // last one back, rather than waited for.
-        for (unsigned int i = sPlan.uiSlices; i-- > 0;)
-            if (m_ppManagers[i]->Claim()) ConcurrencyCopyData(m_ppManagers[i]);
-        m_pWorkQueue->WaitForCompletion(kuiInfinite);
-    }
-    for (unsigned int i = 0; i < sPlan.uiSlices; ++i) m_uiErrorCount += m_ppManagers[i]->m_uiErrors;
-    if (sPlan.uiRemainder != 0) {
-        // Manager 0 is free again; the lines after the last slice.
-        CQxcHostSurfaceCopyManager* pManager = m_ppManagers[0];
-        SetupSlice(pManager, sPlan.uiRemainder, uiFirstSource + sPlan.uiLinesPerSlice * sPlan.uiSlices,
-                   uiFirstDestination + sPlan.uiLinesPerSlice * sPlan.uiSlices);
-        fnQueue(pManager);
-        if (!bInline) {
-            if (pManager->Claim()) ConcurrencyCopyData(pManager);
-            m_pWorkQueue->WaitForCompletion(kuiInfinite);
-        }
-        m_uiErrorCount += pManager->m_uiErrors;
-    }
-    m_uiSliceCount = sPlan.uiSlices + (sPlan.uiRemainder != 0 ? 1 : 0);
+    m_sPlan = PlanSlices(p.uiLines, p.bFieldWeave);
+    m_uiPlanSourceLine = p.bFieldWeave ? p.uiFirstSourceLine / 2 : p.uiFirstSourceLine;
+    m_uiPlanDestinationLine = p.bFieldWeave ? p.uiFirstDestinationLine / 2 : p.uiFirstDestinationLine;
+    m_bPlanYuv = IsYuvPath();
+    const char* pszPath = m_bPlanYuv ? "ConcRTCopy YUV <-> YUV" : "ConcRTCopy RGB <-> YUV";
+    // The remainder goes with slice 0, on manager 0, after it: with no
+    // slices it is the one task. Each slice is set up by the thread that
+    // converts it, so that the set-up runs in parallel too.
+    const uint32_t uiTasks = m_sPlan.uiSlices > 0 ? m_sPlan.uiSlices : (m_sPlan.uiRemainder != 0 ? 1 : 0);
+    m_pRunner->Run(uiTasks, &CQxcBufferCopyService::RunSlice, this);
+    for (uint32_t i = 0; i < uiTasks; ++i) m_uiErrorCount += m_ppManagers[i]->m_uiErrors;
+    m_uiSliceCount = m_sPlan.uiSlices + (m_sPlan.uiRemainder != 0 ? 1 : 0);
     const uint64_t ui64Elapsed = pTimer->GetTime() - ui64Start;
     NQxcLogger::Log(2, NQxcLogger::kiLevelTiming, "%s:: -  Time:[%I64u]", pszPath, (unsigned long long)ui64Elapsed);
     return S_OK;
+}
+
+void CQxcBufferCopyService::RunSlice(void* in_pService, uint32_t in_uiSlice)
+{
+    static_cast<CQxcBufferCopyService*>(in_pService)->SetUpAndConvert(in_uiSlice);
+}
+
+void CQxcBufferCopyService::SetUpAndConvert(uint32_t in_uiSlice)
+{
+    const SCopyParams& p = m_sParams;
+    CQxcHostSurfaceCopyManager* pManager = m_ppManagers[in_uiSlice];
+    uint32_t uiErrors = 0;
+    if (m_sPlan.uiSlices > 0) {
+        if (m_bPlanYuv)
+            _SetupTaskParametersYuvYuv(pManager, m_sPlan.uiLinesPerSlice, in_uiSlice, m_uiPlanDestinationLine);
+        else
+            _SetupTaskParametersRgbYuv(pManager, m_sPlan.uiLinesPerSlice, in_uiSlice, m_uiPlanDestinationLine,
+                                       p.uiSourceHeight, p.uiDestinationHeight);
+        ConcurrencyCopyData(pManager);
+        uiErrors = pManager->m_uiErrors;
+    }
+    if (in_uiSlice == 0 && m_sPlan.uiRemainder != 0) {
+        // The lines after the last slice.
+        const uint32_t uiDone = m_sPlan.uiLinesPerSlice * m_sPlan.uiSlices;
+        SetupSlice(pManager, m_sPlan.uiRemainder, m_uiPlanSourceLine + uiDone, m_uiPlanDestinationLine + uiDone);
+        ConcurrencyCopyData(pManager);
+        pManager->m_uiErrors += uiErrors;
+    }
 }
 
 bool CQxcBufferCopyService::ConcurrencyCopyData(CQxcHostSurfaceCopyManager* in_pManager)
@@ -998,7 +985,6 @@ CQxcHostSurfaceCopyManager::CQxcHostSurfaceCopyManager(IQxFlexEnginePrivate* in_
       m_uiWriteBytes(0),
       m_bFieldWeave(false),
       m_uiErrors(0),
-      m_bClaimed(false),
       m_pucScratch(nullptr),
       m_uScratchBytes(0)
 {

@@ -2,16 +2,15 @@
 // kernel run over slices of 16 lines on a work queue.
 #include <qxbase/qxcbufferservices.h>
 #include <qxbase/qxerrors.h>
-#include <qxbase/qxworkqueue.h>
 
 #include <algorithm>
 #include <new>
 
 #include "bufferengine/qxccopyroutes.h"
+#include "bufferengine/qxcslicerunner.h"
 
 namespace {
 
-constexpr uint32_t kuiInfinite = 4294967295u;
 constexpr int kiLinesPerSlice = 16;
 
 bool IsFill(EQxcSurfaceType t) { return t == keQxcSurfaceTypeYCbCr422_8bits || t == keQxcSurfaceTypeV210_10bits; }
@@ -91,7 +90,7 @@ int getExtractPadInBytesPerLine(EQxcSurfaceType in_eType, int in_iPitch, int in_
 CQxcBufferVideoAndKeyService::CQxcBufferVideoAndKeyService(const wchar_t* in_pwszName)
     : CQxLightUnknown(in_pwszName, nullptr),
       m_asPictures{},
-      m_pWorkQueue(nullptr),
+      m_pRunner(nullptr),
       m_psSlices(nullptr),
       m_uiSliceCount(0),
       m_uiErrorCount(0),
@@ -105,10 +104,7 @@ HRESULT CQxcBufferVideoAndKeyService::OpenServices()
 {
     CloseServices();
     try {
-        int iResult = 0;
-        m_pWorkQueue = new CQxConcurrentWorkQueue(
-            [](void* in_pItem) { static_cast<SSlice*>(in_pItem)->RunOnce(); },
-            iResult, "BufferVideoAndKeyService", 4294967295ul);
+        m_pRunner = new CQxcSliceRunner("BufferVideoAndKeyService");
     } catch (...) {
         CloseServices();
         return E_OUTOFMEMORY;
@@ -118,8 +114,8 @@ HRESULT CQxcBufferVideoAndKeyService::OpenServices()
 
 HRESULT CQxcBufferVideoAndKeyService::CloseServices()
 {
-    delete m_pWorkQueue;
-    m_pWorkQueue = nullptr;
+    delete m_pRunner;
+    m_pRunner = nullptr;
     delete[] m_psSlices;
     m_psSlices = nullptr;
     return S_OK;
@@ -231,23 +227,22 @@ HRESULT CQxcBufferVideoAndKeyService::Prepare(IQxSurface* in_pFill, IQxSurface* 
         rs.iSkipA = piSkips[0];
         rs.iSkipB = piSkips[1];
         rs.iSkipC = piSkips[2];
-        rs.bClaimed.store(false, std::memory_order_relaxed);
     }
     m_uiSliceCount = uiSlices;
     return S_OK;
 }
 
+void CQxcBufferVideoAndKeyService::RunSlice(void* in_pService, uint32_t in_uiSlice)
+{
+    const SSlice& rs = static_cast<CQxcBufferVideoAndKeyService*>(in_pService)->m_psSlices[in_uiSlice];
+    rs.pfnKernel(rs.a, rs.b, rs.c, rs.iLines, rs.iChunks, rs.iSkipC, rs.iSkipA, rs.iSkipB);
+}
+
 HRESULT CQxcBufferVideoAndKeyService::RunSlices()
 {
     m_uiErrorCount = 0;
-    if (!m_pWorkQueue) return QX_E_NOT_INITIALIZED;
-    // One slice runs on the calling thread, without the hand-over. With
-    // more, the calling thread takes the slices the pool has not started,
-    // from the last back, instead of sleeping until the pool wakes up.
-    if (m_uiSliceCount > 1)
-        for (uint32_t i = 0; i < m_uiSliceCount; ++i) m_pWorkQueue->QueueTask(&m_psSlices[i], kuiInfinite);
-    for (uint32_t i = m_uiSliceCount; i-- > 0;) m_psSlices[i].RunOnce();
-    if (m_uiSliceCount > 1) m_pWorkQueue->WaitForCompletion(kuiInfinite);
+    if (!m_pRunner) return QX_E_NOT_INITIALIZED;
+    m_pRunner->Run(m_uiSliceCount, &CQxcBufferVideoAndKeyService::RunSlice, this);
     return S_OK;
 }
 

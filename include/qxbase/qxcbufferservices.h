@@ -15,13 +15,12 @@
 #include <qxbase/qxinterfaces.h>
 #include <qxbase/qxunknown.h>
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
 class CQxcSurface;
-class CQxConcurrentWorkQueue;
 class CQxPerfTimer;
+class CQxcSliceRunner;
 class CQxcBufferCopyService;
 
 enum EQxfBufferCopyServiceMainThreadType : int32_t {
@@ -32,8 +31,8 @@ enum EQxfBufferCopyServiceMainThreadType : int32_t {
 };
 
 // How a conversion of L lines is cut: slices of linesPerSlice lines run in
-// parallel, then the remainder lines (if any) as one more task. In a field
-// weave the counts are in lines of one field.
+// parallel, and the remainder lines (if any) after slice 0 with its
+// manager. In a field weave the counts are in lines of one field.
 struct SQxcSlicePlan {
     uint32_t uiSlices;
     uint32_t uiLinesPerSlice;
@@ -58,11 +57,6 @@ public:
     CQxcSurface* Surface(ESet in_eSet, EQxcSurfaceType in_eType) const;
     IQxFlexEnginePrivate* GetEngine() const { return m_pEngine; }
     CQxcBufferCopyService* GetService() const { return m_pService; }
-
-    // Taken by whichever thread runs the slice first: a pool thread, or the
-    // calling thread, which works through the slices the pool has not
-    // started instead of sleeping while it waits for them.
-    bool Claim() { return !m_bClaimed.exchange(true, std::memory_order_acq_rel); }
 
 private:
     friend class CQxcBufferCopyService;
@@ -89,7 +83,6 @@ public:
     uint32_t m_uiWriteBytes;
     bool m_bFieldWeave;  // each slice line is done in both fields
     uint32_t m_uiErrors;
-    std::atomic<bool> m_bClaimed;
 
 private:
     // Lines staged for the last lines of a picture, whose whole blocks would
@@ -130,7 +123,8 @@ public:
     HRESULT GenericCopyThread();
     HRESULT GenericRotateThread();
 
-    // Converts one slice (run by the work queue).
+    // Converts the slice the manager is set up for (on whichever thread takes
+    // the slice: the calling one or a pool thread).
     bool ConcurrencyCopyData(CQxcHostSurfaceCopyManager* in_pManager);
 
     // The engine's options (kept by pointer): the colorimetry assumed for RGB
@@ -219,6 +213,10 @@ private:
     bool Convert(CQxcHostSurfaceCopyManager* in_pManager, CQxcSurface* in_pSource, unsigned int in_uiSourceX,
                  unsigned int in_uiSourceY, CQxcSurface* in_pDestination, unsigned int in_uiDestinationX,
                  unsigned int in_uiDestinationY);
+    // Sets up and converts slice in_uiSlice of the copy in progress (slice 0
+    // then the remainder, on manager 0); run by the slice runner.
+    static void RunSlice(void* in_pService, uint32_t in_uiSlice);
+    void SetUpAndConvert(uint32_t in_uiSlice);
 
     IQxFlexEnginePrivate* m_pEngine;
     std::unique_ptr<CQxcGenericCopy> m_pGenericCopy;
@@ -228,8 +226,12 @@ private:
     CQxPerfTimer* m_pPerfTimer;
     uint64_t m_ui64RotateMin, m_ui64RotateMax, m_ui64RotateTotal, m_ui64RotateCount;
     CQxcHostSurfaceCopyManager** m_ppManagers;
-    CQxConcurrentWorkQueue* m_pWorkQueue;
+    CQxcSliceRunner* m_pRunner;
     SCopyParams m_sParams;
+    // The cut of the copy in progress, and the lines its slices count from.
+    SQxcSlicePlan m_sPlan;
+    uint32_t m_uiPlanSourceLine, m_uiPlanDestinationLine;
+    bool m_bPlanYuv;
     SPlane m_asSourcePlanes[2];
     SPlane m_asDestinationPlanes[2];
     uint32_t m_uiReadBytes;   // bytes a line's conversion reads from its first block on
@@ -282,19 +284,17 @@ public:
     IQxSurface* GetSurface() const { return m_pSurface; }
     uint32_t GetErrorCount() const { return m_uiErrorCount; }
 
-    // Lines of one slice of the clear; taken by the first thread that
-    // claims it (a pool thread or the calling thread).
+    // Lines of one slice of the clear.
     struct SSlice {
-        CQxcBufferClearService* pService;
         uint32_t uiFirstLine;
         uint32_t uiLines;
-        std::atomic<bool> bClaimed;
     };
 
 private:
     bool FillPattern(EQxcSurfaceType in_eType, uint32_t in_uiWidth, EQxcColorRange in_eRange,
                      EQxColorimetry in_eColorimetry, const SQxcYuvaPixel& in_rsYuva, const SQxcRGBAPixel& in_rsRgba);
-    void ClearSlice(const SSlice& in_rsSlice);
+    // Streams the pattern into the lines of slice in_uiSlice.
+    static void ClearSlice(void* in_pService, uint32_t in_uiSlice);
 
     IQxSurface* m_pSurface;
     unsigned char* m_pucBuffer;
@@ -308,7 +308,7 @@ private:
     size_t m_uPatternBytes;
     CQxcSurface* m_apPatternSurfaces[kiQxcSurfaceTypeCount];
     std::unique_ptr<CQxcGenericCopy> m_pGenericCopy;
-    CQxConcurrentWorkQueue* m_pWorkQueue;
+    CQxcSliceRunner* m_pRunner;
     SSlice m_asSlices[CQxcBufferCopyService::kuiMaxSlices + 1];
     uint32_t m_uiErrorCount;
 };
@@ -336,20 +336,13 @@ public:
     uint32_t GetErrorCount() const { return m_uiErrorCount; }
     uint32_t GetSliceCount() const { return m_uiSliceCount; }
 
-    // One slice: the kernel's arguments, and whether a thread (of the pool
-    // or the calling one) has taken it.
+    // One slice: the kernel's arguments.
     struct SSlice {
         PFNQxcCombineExtractKernel pfnKernel;
         unsigned char* a;
         unsigned char* b;
         unsigned char* c;
         int iLines, iChunks, iSkipC, iSkipA, iSkipB;
-        std::atomic<bool> bClaimed;
-        void RunOnce()
-        {
-            if (!bClaimed.exchange(true, std::memory_order_acq_rel))
-                pfnKernel(a, b, c, iLines, iChunks, iSkipC, iSkipA, iSkipB);
-        }
     };
 
 protected:
@@ -376,8 +369,9 @@ protected:
 
 private:
     void Unlock(unsigned int in_uiCount);
+    static void RunSlice(void* in_pService, uint32_t in_uiSlice);
 
-    CQxConcurrentWorkQueue* m_pWorkQueue;
+    CQxcSliceRunner* m_pRunner;
     SSlice* m_psSlices;
     uint32_t m_uiSliceCount;
     uint32_t m_uiErrorCount;
