@@ -13,12 +13,15 @@
 #include <atomic>
 #include <memory>
 #include <random>
-#include <thread>
-#include <vector>
 
 namespace {
 
-using std::chrono::milliseconds;
+std::vector<std::unique_ptr<CQxUnnamedEvent>> MakeEvents(int in_iCount, bool in_bManual)
+{
+    std::vector<std::unique_ptr<CQxUnnamedEvent>> vecEvents;
+    for (int i = 0; i < in_iCount; ++i) vecEvents.emplace_back(new CQxUnnamedEvent(in_bManual));
+    return vecEvents;
+}
 
 // One token travels around a ring: thread i waits on its own auto-reset
 // event, then sets the next thread's. Every Wait must succeed; half of the
@@ -26,25 +29,17 @@ using std::chrono::milliseconds;
 // others with a finite time-out (it shows up as a false).
 TEST(EventStress, TokenRingsHandOffWithoutLosingAWakeUp)
 {
-    const long klHandOffs = qxTestScale(1000000, 100000);
-    const int aiRingSizes[] = {2, 3, 5, 8};
-    const long klPerRing = klHandOffs / 4;
-    for (int iSize : aiRingSizes) {
-        std::vector<std::unique_ptr<CQxUnnamedEvent>> vecEvents;
-        for (int i = 0; i < iSize; ++i) vecEvents.emplace_back(new CQxUnnamedEvent(false));
+    const long klPerRing = qxTestScale(1000000, 100000) / 4;
+    for (int iSize : {2, 3, 5, 8}) {
+        auto vecEvents = MakeEvents(iSize, false);
         std::atomic<long> lFailures{0};
-        const long klLaps = klPerRing / iSize;
         std::vector<std::thread> vecThreads;
         for (int i = 0; i < iSize; ++i)
             vecThreads.emplace_back([&, i] {
                 CQxUnnamedEvent& rMine = *vecEvents[static_cast<size_t>(i)];
                 CQxUnnamedEvent& rNext = *vecEvents[static_cast<size_t>((i + 1) % iSize)];
-                unsigned long ulTimeout = (i % 2) ? 10000UL : kulQxInfinite;
-                for (long lLap = 0; lLap < klLaps; ++lLap) {
-                    if (!rMine.Wait(ulTimeout)) {
-                        ++lFailures;
-                        return;
-                    }
+                for (long lLap = 0; lLap < klPerRing / iSize; ++lLap) {
+                    if (!rMine.Wait(i % 2 ? 10000UL : kulQxInfinite)) return void(++lFailures);
                     rNext.Set();
                 }
             });
@@ -52,8 +47,7 @@ TEST(EventStress, TokenRingsHandOffWithoutLosingAWakeUp)
         for (auto& oThread : vecThreads) qxJoinWithin(oThread, 120, "ring thread");
         EXPECT_EQ(0, lFailures.load()) << "ring of " << iSize;
         // The last thread's final Set gave the token back to thread 0.
-        EXPECT_TRUE(vecEvents[0]->IsSet());
-        for (int i = 1; i < iSize; ++i) EXPECT_FALSE(vecEvents[static_cast<size_t>(i)]->IsSet());
+        for (int i = 0; i < iSize; ++i) EXPECT_EQ(i == 0, vecEvents[static_cast<size_t>(i)]->IsSet()) << i;
     }
 }
 
@@ -64,35 +58,26 @@ TEST(EventStress, TokenRingsHandOffWithoutLosingAWakeUp)
 TEST(EventStress, EachAutoResetSetReleasesExactlyOneWaiter)
 {
     const long klSets = qxTestScale(100000, 10000);
-    constexpr int kiWaiters = 4;
     CQxUnnamedEvent oEvent(false);
     std::atomic<long> lSetsIssued{0}, lReleased{0}, lOverReleases{0}, lEarlyTimeouts{0};
     std::atomic<bool> bStop{false};
     std::vector<std::thread> vecWaiters;
-    for (int i = 0; i < kiWaiters; ++i)
+    for (int i = 0; i < 4; ++i)
         vecWaiters.emplace_back([&, i] {
             const unsigned long ulTimeout = 1 + static_cast<unsigned long>(i) * 3;
             while (!bStop.load()) {
                 double dStart = qxTestNow();
-                if (oEvent.Wait(ulTimeout)) {
-                    if (++lReleased > lSetsIssued.load()) ++lOverReleases;
-                } else if (qxTestNow() - dStart < static_cast<double>(ulTimeout) * 1e-3 - 2e-6) {
-                    ++lEarlyTimeouts;
-                }
+                if (oEvent.Wait(ulTimeout))
+                    lOverReleases += ++lReleased > lSetsIssued.load();
+                else
+                    lEarlyTimeouts += qxTestNow() - dStart < static_cast<double>(ulTimeout) * 1e-3 - 2e-6;
             }
         });
     long lStuckAt = -1;
     for (long lSet = 0; lSet < klSets && lStuckAt < 0; ++lSet) {
         ++lSetsIssued;
         oEvent.Set();
-        double dDeadline = qxTestNow() + 10;
-        while (lReleased.load() < lSet + 1) {
-            if (qxTestNow() > dDeadline) {
-                lStuckAt = lSet;
-                break;
-            }
-            std::this_thread::yield();
-        }
+        if (!qxWaitUntil([&] { return lReleased.load() >= lSet + 1; }, 10)) lStuckAt = lSet;
     }
     bStop = true;
     for (auto& oWaiter : vecWaiters) qxJoinWithin(oWaiter, 30, "auto-reset waiter");
@@ -102,6 +87,8 @@ TEST(EventStress, EachAutoResetSetReleasesExactlyOneWaiter)
     EXPECT_EQ(0, lEarlyTimeouts.load());
 }
 
+// Every round, all waiters are inside Wait before the Set; each must return
+// released, and the event stays set until the Reset.
 TEST(EventStress, EveryManualResetSetReleasesEveryWaiter)
 {
     const long klRounds = qxTestScale(3000, 300);
@@ -123,7 +110,7 @@ TEST(EventStress, EveryManualResetSetReleasesEveryWaiter)
                     ++iEntered;
                     oChanged.notify_all();
                 }
-                if (!oEvent.Wait(10000)) ++lFailures;
+                lFailures += !oEvent.Wait(10000);
                 ++iReturned;
             }
         });
@@ -136,9 +123,8 @@ TEST(EventStress, EveryManualResetSetReleasesEveryWaiter)
         oChanged.wait(oLock, [&] { return iEntered == kiWaiters; });
         oLock.unlock();
         oEvent.Set();
-        double dDeadline = qxTestNow() + 20;
-        while (iReturned.load() < kiWaiters && qxTestNow() < dDeadline) std::this_thread::yield();
-        ASSERT_EQ(kiWaiters, iReturned.load()) << "round " << lNext;
+        ASSERT_TRUE(qxWaitUntil([&] { return iReturned.load() == kiWaiters; }, 20)) << "round " << lNext;
+        ASSERT_TRUE(oEvent.IsSet()) << "round " << lNext;
         oEvent.Reset();
     }
     for (auto& oWaiter : vecWaiters) qxJoinWithin(oWaiter, 30, "manual-reset waiter");
@@ -151,16 +137,14 @@ TEST(EventStress, EveryManualResetSetReleasesEveryWaiter)
 TEST(EventStress, MultiObjectWaitersInRandomOrdersShareTheEvents)
 {
     const long klSetsPerEvent = qxTestScale(20000, 2000);
-    constexpr int kiEvents = 3, kiWaiters = 3;
+    constexpr int kiEvents = 3;
     const uint32_t kuiSeed = qxTestSeed();
-    std::vector<std::unique_ptr<CQxUnnamedEvent>> vecEvents;
-    for (int i = 0; i < kiEvents; ++i) vecEvents.emplace_back(new CQxUnnamedEvent(false));
-    std::atomic<long> alSets[kiEvents], alReleased[kiEvents];
-    for (int i = 0; i < kiEvents; ++i) alSets[i] = alReleased[i] = 0;
-    std::atomic<long> lOverReleases{0};
+    auto vecEvents = MakeEvents(kiEvents, false);
+    std::atomic<long> alSets[kiEvents] = {}, alReleased[kiEvents] = {};
+    std::atomic<long> lOverReleases{0}, lStuck{0};
     std::atomic<bool> bStop{false};
-    std::vector<std::thread> vecWaiters;
-    for (int w = 0; w < kiWaiters; ++w)
+    std::vector<std::thread> vecWaiters, vecSetters;
+    for (int w = 0; w < 3; ++w)
         vecWaiters.emplace_back([&, w] {
             std::mt19937 oRandom(kuiSeed + static_cast<uint32_t>(w));
             std::vector<int> vecOrder = {0, 1, 2};
@@ -168,27 +152,18 @@ TEST(EventStress, MultiObjectWaitersInRandomOrdersShareTheEvents)
                 std::shuffle(vecOrder.begin(), vecOrder.end(), oRandom);
                 std::vector<CQxUnnamedEvent*> vecWaitOn;
                 for (int i : vecOrder) vecWaitOn.push_back(vecEvents[static_cast<size_t>(i)].get());
-                int iFired = qxWaitAny(vecWaitOn, 5);
+                const int iFired = qxWaitAny(vecWaitOn, 5);
                 if (iFired < 0) continue;
-                int iEvent = vecOrder[static_cast<size_t>(iFired)];
-                if (++alReleased[iEvent] > alSets[iEvent].load()) ++lOverReleases;
+                const int iEvent = vecOrder[static_cast<size_t>(iFired)];
+                lOverReleases += ++alReleased[iEvent] > alSets[iEvent].load();
             }
         });
-    std::atomic<long> lStuck{0};
-    std::vector<std::thread> vecSetters;
     for (int k = 0; k < kiEvents; ++k)
         vecSetters.emplace_back([&, k] {
             for (long lSet = 0; lSet < klSetsPerEvent; ++lSet) {
                 ++alSets[k];
                 vecEvents[static_cast<size_t>(k)]->Set();
-                double dDeadline = qxTestNow() + 10;
-                while (alReleased[k].load() < lSet + 1) {
-                    if (qxTestNow() > dDeadline) {
-                        ++lStuck;
-                        return;
-                    }
-                    std::this_thread::yield();
-                }
+                if (!qxWaitUntil([&] { return alReleased[k].load() >= lSet + 1; }, 10)) return void(++lStuck);
             }
         });
     for (auto& oSetter : vecSetters) qxJoinWithin(oSetter, 120, "setter");

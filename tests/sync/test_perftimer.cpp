@@ -9,114 +9,76 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
 #include <vector>
 
 namespace {
 
-// A simulated counter and clock: each counter read advances the counter by
-// a million ticks and the clock by what the current phase prescribes.
+// A simulated clock and counter: the counter advances a million ticks a
+// read, so a measurement sees ten million ticks, and the clock moves by the
+// microseconds the test gives each measurement (the last value repeats).
+// Every measurement starts a millisecond before a whole second, so its end
+// lies in the next second: the nanoseconds differ negatively.
 struct SFakeHardware {
-    struct SPhase {
-        uint64_t ui64TicksPerMicro;  // 0: the clock does not move
-        uint64_t ui64MicrosPerRead;  // for a counter slower than 1 MHz
-    };
-    std::vector<SPhase> vecPhases;  // one per measurement, the last one repeats
-    size_t uiMeasurement = 0;
+    std::vector<uint64_t> vecMicros;
+    size_t uiMeasurements = 0;
     uint64_t ui64Counter = 0;
-    uint64_t ui64Nanos = 1500000000;  // starts mid-second: exercises the negative nanosecond delta
-    bool bStarted = false;
+    bool bAtStart = true;
 
-    const SPhase& Phase() const { return vecPhases[std::min(uiMeasurement, vecPhases.size() - 1)]; }
-    bool bSameInstant = false;
-
-    void Clock(timespec* out_psNow)
-    {
-        // The clock is read twice per measurement: start, then end. The
-        // counter read right after the start is taken at the same instant.
-        if (bStarted) ++uiMeasurement;
-        bStarted = !bStarted;
-        bSameInstant = bStarted;
-        out_psNow->tv_sec = static_cast<time_t>(ui64Nanos / 1000000000);
-        out_psNow->tv_nsec = static_cast<long>(ui64Nanos % 1000000000);
-    }
-    uint64_t Counter()
-    {
-        const SPhase& sPhase = Phase();
-        uint64_t ui64Step = 1000000;
-        ui64Counter += ui64Step;
-        if (bSameInstant) {
-            bSameInstant = false;
-            return ui64Counter;
-        }
-        if (sPhase.ui64TicksPerMicro) ui64Nanos += ui64Step * 1000 / sPhase.ui64TicksPerMicro;
-        ui64Nanos += sPhase.ui64MicrosPerRead * 1000;
-        return ui64Counter;
-    }
     uint64_t Measure()
     {
-        return qxMeasureTicksPerMicrosecond([this](timespec* p) { Clock(p); }, [this] { return Counter(); });
+        auto fnClock = [this](timespec* out_psNow) {
+            if (bAtStart) ++uiMeasurements;
+            const uint64_t ui64Nanos =
+                1999000000ull + (bAtStart ? 0 : 1000 * vecMicros[std::min(uiMeasurements, vecMicros.size()) - 1]);
+            bAtStart = !bAtStart;
+            out_psNow->tv_sec = static_cast<time_t>(ui64Nanos / 1000000000);
+            out_psNow->tv_nsec = static_cast<long>(ui64Nanos % 1000000000);
+        };
+        return qxMeasureTicksPerMicrosecond(fnClock, [this] { return ui64Counter += 1000000; });
     }
 };
 
-TEST(TimerCalibration, AMeasurementReadsTheCounterFrequency)
-{
-    SFakeHardware oHardware;
-    oHardware.vecPhases = {{2500, 0}};
-    EXPECT_EQ(2500u, oHardware.Measure());
-    EXPECT_EQ(1u, oHardware.uiMeasurement);
-}
-
+// A measurement reads the counter's frequency, and repeats when no
+// microsecond passed or the counter runs below 1 MHz (20 s for its ten
+// million ticks).
 TEST(TimerCalibration, AMeasurementRepeatsWhenNoTimePassedOrTheCounterIsTooSlow)
 {
-    SFakeHardware oHardware;
-    // No microsecond passes, then a counter below 1 MHz (1 tick per 2 us),
-    // then a good one.
-    oHardware.vecPhases = {{0, 0}, {0, 2000000}, {3000, 0}};
-    EXPECT_EQ(3000u, oHardware.Measure());
-    EXPECT_EQ(3u, oHardware.uiMeasurement);
+    const struct {
+        std::vector<uint64_t> vecMicros;
+        uint64_t ui64Speed;
+        size_t uiMeasurements;
+    } kasCases[] = {{{4000}, 2500, 1}, {{0, 20000000, 3333}, 3000, 3}};
+    for (const auto& rsCase : kasCases) {
+        SFakeHardware oHardware;
+        oHardware.vecMicros = rsCase.vecMicros;
+        EXPECT_EQ(rsCase.ui64Speed, oHardware.Measure());
+        EXPECT_EQ(rsCase.uiMeasurements, oHardware.uiMeasurements);
+    }
 }
 
+// Up to eight pairs of measurements; the first of the first pair within 4 MHz
+// gives the speed, and none gives 1.
 TEST(TimerCalibration, PairsMustAgreeWithinFourMegahertz)
 {
-    auto fnCalibrate = [](std::vector<uint64_t> in_vecMeasurements, int* out_piCalls) {
-        size_t uiNext = 0;
-        uint64_t ui64Speed = qxCalibrateTicksPerMillisecond([&] {
-            ++*out_piCalls;
-            return in_vecMeasurements[std::min(uiNext++, in_vecMeasurements.size() - 1)];
-        });
-        return ui64Speed;
-    };
-    int iCalls = 0;
-    EXPECT_EQ(3000000u, fnCalibrate({3000, 3004}, &iCalls));
-    EXPECT_EQ(2, iCalls);
-    iCalls = 0;
-    // Agreement only in the third attempt: its first value is used.
-    EXPECT_EQ(2990000u, fnCalibrate({3000, 2900, 2800, 2700, 2990, 2993}, &iCalls));
-    EXPECT_EQ(6, iCalls);
-    iCalls = 0;
-    // Never within 4 MHz in 8 attempts: speed 1.
-    EXPECT_EQ(1u, fnCalibrate({1000, 1005, 2000, 2005, 3000, 3005, 4000, 4005, 5000, 5005, 6000, 6005, 7000, 7005,
-                                8000, 8005},
-                               &iCalls));
-    EXPECT_EQ(16, iCalls);
-    iCalls = 0;
-    // The eighth attempt agrees.
-    EXPECT_EQ(8000000u, fnCalibrate({1000, 1005, 2000, 2005, 3000, 3005, 4000, 4005, 5000, 5005, 6000, 6005, 7000,
-                                     7005, 8000, 7996},
-                                    &iCalls));
-    EXPECT_EQ(16, iCalls);
-}
-
-TEST(PerfTimer, IsOneInstanceCreatedOnceAcrossThreads)
-{
-    std::vector<CQxPerfTimer*> vecSeen(4, nullptr);
-    std::vector<std::thread> vecThreads;
-    for (size_t i = 0; i < vecSeen.size(); ++i)
-        vecThreads.emplace_back([&, i] { vecSeen[i] = CQxPerfTimer::GetTimerClass(); });
-    for (auto& oThread : vecThreads) oThread.join();
-    for (CQxPerfTimer* pTimer : vecSeen) EXPECT_EQ(CQxPerfTimer::GetTimerClass(), pTimer);
+    const std::vector<uint64_t> kvecNeverAgree = {1000, 1005, 2000, 2005, 3000, 3005, 4000, 4005,
+                                                  5000, 5005, 6000, 6005, 7000, 7005, 8000, 8005};
+    std::vector<uint64_t> vecEighthAgrees = kvecNeverAgree;
+    vecEighthAgrees.back() = 7996;
+    const struct {
+        std::vector<uint64_t> vecMeasurements;
+        uint64_t ui64Speed;
+        int iCalls;
+    } kasCases[] = {{{3000, 3004}, 3000000, 2},
+                    {{3000, 2900, 2800, 2700, 2990, 2993}, 2990000, 6},
+                    {kvecNeverAgree, 1, 16},
+                    {vecEighthAgrees, 8000000, 16}};
+    for (const auto& rsCase : kasCases) {
+        int iCalls = 0;
+        EXPECT_EQ(rsCase.ui64Speed, qxCalibrateTicksPerMillisecond([&] {
+                      return rsCase.vecMeasurements[std::min<size_t>(iCalls++, rsCase.vecMeasurements.size() - 1)];
+                  }));
+        EXPECT_EQ(rsCase.iCalls, iCalls);
+    }
 }
 
 TEST(PerfTimer, WithAnInvariantCounterTimeIsInMilliseconds)
@@ -136,8 +98,7 @@ TEST(PerfTimer, WithAnInvariantCounterTimeIsInMilliseconds)
     EXPECT_GE(static_cast<double>(ui64Elapsed), dSlept * 1000 * 0.98 - 1);
     EXPECT_LE(static_cast<double>(ui64Elapsed), dSlept * 1000 * 1.02 + 1);
     uint64_t ui64Raw = pTimer->GetTickCount();
-    uint64_t ui64Time = pTimer->GetTime();
-    EXPECT_GE(ui64Time, ui64Raw / ui64Speed);
+    EXPECT_GE(pTimer->GetTime(), ui64Raw / ui64Speed);
 }
 
 TEST(PerfTimer, WithoutAnInvariantCounterTheRealTimeClockIsUsed)
@@ -164,35 +125,29 @@ TEST(PerfTimer, BusyWaitSpinsForItsDurationAndZeroReadsTheTime)
     EXPECT_LE(ui64Now, pTimer->GetTime());
     for (unsigned long ulDuration : {1UL, 3UL}) {
         uint64_t ui64Start = pTimer->GetTime();
-        uint64_t ui64Elapsed = pTimer->Wait(ulDuration);
-        EXPECT_GE(ui64Elapsed, ulDuration);
+        EXPECT_GE(pTimer->Wait(ulDuration), ulDuration);
         EXPECT_GE(pTimer->GetTime() - ui64Start, ulDuration);
     }
 }
 
+// Whole seconds and the fraction both count, and a storm of signals with or
+// without SA_RESTART shortens neither; a negative time is refused by
+// nanosleep and reported, not retried.
 TEST(NanoSleep, SleepsTheWholeTimeThroughSignalStorms)
 {
-    for (bool bRestart : {false, true}) {
+    for (double dSeconds : {0.25, 1.02}) {
+        const bool bRestart = dSeconds > 1;
         long lBefore = CQxSignalStorm::Handled();
         double dStart = qxTestNow();
         int iResult;
         {
             CQxSignalStorm oStorm(pthread_self(), bRestart);
-            iResult = qxnanosleep(0.25);
+            iResult = qxnanosleep(dSeconds);
         }
-        double dSlept = qxTestNow() - dStart;
         EXPECT_EQ(0, iResult);
-        EXPECT_GE(dSlept, 0.25) << "SA_RESTART " << bRestart;
+        EXPECT_GE(qxTestNow() - dStart, dSeconds) << "SA_RESTART " << bRestart;
         EXPECT_GT(CQxSignalStorm::Handled() - lBefore, 20) << "the storm did not reach the sleep";
     }
-}
-
-TEST(NanoSleep, SplitsWholeSecondsFromTheFraction)
-{
-    double dStart = qxTestNow();
-    EXPECT_EQ(0, qxnanosleep(1.02));
-    EXPECT_GE(qxTestNow() - dStart, 1.02);
-    // A negative time is refused by nanosleep and reported, not retried.
     EXPECT_EQ(-1, qxnanosleep(-1.0));
 }
 

@@ -1,6 +1,6 @@
-// Threads: creation (suspended or running), resume, waits and exit codes,
-// destruction without resume, priority and affinity before and after the
-// start, and many threads created and destroyed at once.
+// Threads: creation (suspended or running), resume and suspend, waits and
+// exit codes, destruction without resume, priority and affinity before and
+// after the start, and many threads created and destroyed at once.
 #include <qxbase/qxthread.h>
 
 #include "tests/sync/support/qxtestsupport.h"
@@ -13,20 +13,17 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <functional>
 #include <memory>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
 using std::chrono::milliseconds;
+using FProcedure = std::function<unsigned int()>;
 
 // Procedures get a std::function through the argument.
 unsigned int RunFunction(void* in_pFunction)
 {
-    return (*static_cast<std::function<unsigned int()>*>(in_pFunction))();
+    return (*static_cast<FProcedure*>(in_pFunction))();
 }
 
 // Whether this process may give a thread a SCHED_RR priority, and if not why.
@@ -34,8 +31,7 @@ bool RealTimeAllowed(std::string* out_pstrWhy)
 {
     bool bAllowed = false;
     std::thread oProbe([&] {
-        sched_param sParameter;
-        memset(&sParameter, 0, sizeof(sParameter));
+        sched_param sParameter = {};
         sParameter.sched_priority = 1;
         int iResult = pthread_setschedparam(pthread_self(), SCHED_RR, &sParameter);
         bAllowed = iResult == 0;
@@ -45,24 +41,26 @@ bool RealTimeAllowed(std::string* out_pstrWhy)
     return bAllowed;
 }
 
-// The processors this process may run on.
-cpu_set_t AllowedProcessors()
+cpu_set_t AffinityOf(pthread_t in_oThread)
 {
     cpu_set_t sSet;
     CPU_ZERO(&sSet);
-    sched_getaffinity(0, sizeof(sSet), &sSet);
+    pthread_getaffinity_np(in_oThread, sizeof(sSet), &sSet);
     return sSet;
 }
 
-TEST(ThreadCreation, RefusesANullProcedureAndASecondCreate)
+TEST(ThreadCreation, RefusesANullProcedureASecondCreateAndRelease)
 {
     CQxThread oThread;
+    EXPECT_EQ(0, oThread.GetObjectType());
+    EXPECT_EQ("CQxHandleSyncObject::Release -> this is not a valid call",
+              qxMessageOf<CQxHandleSyncObjectException>([&] { oThread.Release(); }));
     EXPECT_EQ("CQxThread::Create -- parameter in_pfnThreadProc is NULL",
               qxMessageOf<CQxThreadException>([&] { oThread.Create(nullptr, nullptr, false, 0, false); }));
     // Nothing started: the object can still be created, once.
     EXPECT_EQ(0u, oThread.GetThreadId());
     EXPECT_FALSE(oThread.Wait(0));
-    std::function<unsigned int()> fnProcedure = [] { return 7u; };
+    FProcedure fnProcedure = [] { return 7u; };
     oThread.Create(RunFunction, &fnProcedure, false, 0, false);
     EXPECT_EQ("CQxThread::Create -- m_uiThreadID is non-NULL",
               qxMessageOf<CQxThreadException>([&] { oThread.Create(RunFunction, &fnProcedure, false, 0, false); }));
@@ -70,64 +68,43 @@ TEST(ThreadCreation, RefusesANullProcedureAndASecondCreate)
     EXPECT_EQ(7u, oThread.GetExitCode());
 }
 
-TEST(ThreadCreation, IsAHandleObjectThatCannotBeReleased)
+// A thread created suspended runs only once resumed; a running thread that
+// reaches its resume point after a Suspend holds there until the next
+// Resume. The exit code reads 1 until the procedure has returned.
+TEST(ThreadLifecycle, SuspendAndResumeGateTheProcedure)
 {
+    std::atomic<int> iStep{0};
+    CQxTestGate oMaySuspend;
     CQxThread oThread;
-    EXPECT_EQ(0, oThread.GetObjectType());
-    EXPECT_EQ("CQxHandleSyncObject::Release -> this is not a valid call",
-              qxMessageOf<CQxHandleSyncObjectException>([&] { oThread.Release(); }));
-}
-
-TEST(ThreadLifecycle, ASuspendedThreadRunsOnlyAfterResume)
-{
-    std::atomic<bool> bRan{false};
-    CQxTestGate oFinish;
-    std::function<unsigned int()> fnProcedure = [&] {
-        bRan = true;
-        oFinish.WaitOpen(milliseconds(10000));
+    FProcedure fnProcedure = [&] {
+        iStep = 1;
+        oMaySuspend.WaitOpen();
+        oThread.WaitOnResume();
+        iStep = 2;
         return 42u;
     };
-    CQxThread oThread;
     oThread.Create(RunFunction, &fnProcedure, true, 0, false);
     std::this_thread::sleep_for(milliseconds(30));
-    EXPECT_FALSE(bRan.load());
+    EXPECT_EQ(0, iStep.load());
     EXPECT_FALSE(oThread.Wait(0));
-    EXPECT_EQ(1u, oThread.GetExitCode());
     oThread.Resume();
-    double dDeadline = qxTestNow() + 10;
-    while (!bRan.load() && qxTestNow() < dDeadline) std::this_thread::yield();
-    EXPECT_TRUE(bRan.load());
-    // Running, not returned yet.
+    ASSERT_TRUE(qxWaitUntil([&] { return iStep.load() == 1; }, 10));
+    oThread.Suspend();
+    oMaySuspend.Open();
+    std::this_thread::sleep_for(milliseconds(30));
+    EXPECT_EQ(1, iStep.load());
     EXPECT_EQ(1u, oThread.GetExitCode());
     EXPECT_FALSE(oThread.Wait(10));
-    oFinish.Open();
+    oThread.Resume();
     EXPECT_TRUE(oThread.Wait(kulQxInfinite));
+    EXPECT_EQ(2, iStep.load());
     EXPECT_EQ(42u, oThread.GetExitCode());
-}
-
-TEST(ThreadLifecycle, SuspendHoldsBackAThreadNotYetResumed)
-{
-    std::atomic<bool> bRan{false};
-    std::function<unsigned int()> fnProcedure = [&] {
-        bRan = true;
-        return 3u;
-    };
-    CQxThread oThread;
-    oThread.Create(RunFunction, &fnProcedure, true, 0, false);
-    oThread.Resume();
-    oThread.Suspend();
-    // It may have passed the resume gate in between; either way it finishes
-    // once resumed again.
-    oThread.Resume();
-    EXPECT_TRUE(oThread.Wait(10000));
-    EXPECT_TRUE(bRan.load());
-    EXPECT_EQ(3u, oThread.GetExitCode());
 }
 
 TEST(ThreadLifecycle, DestroyingANeverResumedThreadRunsItsProcedureFirst)
 {
     std::atomic<int> iRuns{0};
-    std::function<unsigned int()> fnProcedure = [&] {
+    FProcedure fnProcedure = [&] {
         std::this_thread::sleep_for(milliseconds(20));
         ++iRuns;
         return 0u;
@@ -151,7 +128,7 @@ TEST(ThreadLifecycle, StackSizeDefaultsToHalfAMebibyte)
 {
     for (unsigned int uiRequested : {0u, 1u << 20}) {
         size_t uiStackSize = 0;
-        std::function<unsigned int()> fnProcedure = [&] {
+        FProcedure fnProcedure = [&] {
             pthread_attr_t sAttributes;
             pthread_getattr_np(pthread_self(), &sAttributes);
             pthread_attr_getstacksize(&sAttributes, &uiStackSize);
@@ -178,21 +155,6 @@ TEST(ThreadPriority, IsClampedAndScaled)
     }
 }
 
-// The policy and priority the thread itself sees.
-struct SSchedule {
-    int iPolicy = -1;
-    int iPriority = -1;
-};
-
-SSchedule ScheduleOf(pthread_t in_oThread)
-{
-    SSchedule sSchedule;
-    sched_param sParameter;
-    pthread_getschedparam(in_oThread, &sSchedule.iPolicy, &sParameter);
-    sSchedule.iPriority = sParameter.sched_priority;
-    return sSchedule;
-}
-
 // A thread whose procedure runs an optional probe, says it has started,
 // and holds until Finish().
 class CHeldThread {
@@ -202,13 +164,11 @@ public:
 
     CQxThread oThread;
 
-    void Start()
+    bool Start()
     {
         oThread.Create(RunFunction, &m_fnProcedure, false, 0, false);
-        double dDeadline = qxTestNow() + 10;
-        while (!m_bStarted.load() && qxTestNow() < dDeadline) std::this_thread::yield();
+        return qxWaitUntil([this] { return m_bStarted.load(); }, 10);
     }
-    bool Started() const { return m_bStarted.load(); }
     bool Finish()
     {
         m_oGoOn.Open();
@@ -219,10 +179,10 @@ private:
     std::function<void()> m_fnAtStart;
     std::atomic<bool> m_bStarted{false};
     CQxTestGate m_oGoOn;
-    std::function<unsigned int()> m_fnProcedure = [this] {
+    FProcedure m_fnProcedure = [this] {
         if (m_fnAtStart) m_fnAtStart();
         m_bStarted = true;
-        m_oGoOn.WaitOpen(milliseconds(10000));
+        m_oGoOn.WaitOpen();
         return 0u;
     };
 };
@@ -231,18 +191,21 @@ TEST(ThreadPriority, AppliesRoundRobinBeforeAndAfterTheStart)
 {
     std::string strWhy;
     if (!RealTimeAllowed(&strWhy)) GTEST_SKIP() << strWhy;
-    SSchedule sAtStart;
-    CHeldThread oHeld([&] { sAtStart = ScheduleOf(pthread_self()); });
+    auto fnScheduleOf = [](pthread_t in_oThread) {
+        int iPolicy = -1;
+        sched_param sParameter = {};
+        pthread_getschedparam(in_oThread, &iPolicy, &sParameter);
+        return std::make_pair(iPolicy, sParameter.sched_priority);
+    };
+    std::pair<int, int> sAtStart;
+    CHeldThread oHeld([&] { sAtStart = fnScheduleOf(pthread_self()); });
     oHeld.oThread.SetPriority(5);
-    oHeld.Start();
-    ASSERT_TRUE(oHeld.Started());
+    ASSERT_TRUE(oHeld.Start());
     oHeld.oThread.SetPriority(10);
-    SSchedule sAfter = ScheduleOf(oHeld.oThread.GetThreadId());
+    const std::pair<int, int> sAfter = fnScheduleOf(oHeld.oThread.GetThreadId());
     ASSERT_TRUE(oHeld.Finish());
-    EXPECT_EQ(SCHED_RR, sAtStart.iPolicy);
-    EXPECT_EQ(41, sAtStart.iPriority);
-    EXPECT_EQ(SCHED_RR, sAfter.iPolicy);
-    EXPECT_EQ(51, sAfter.iPriority);
+    EXPECT_EQ(std::make_pair(int(SCHED_RR), 41), sAtStart);
+    EXPECT_EQ(std::make_pair(int(SCHED_RR), 51), sAfter);
 }
 
 // Where round-robin scheduling is allowed (as root), the refusal is provoked
@@ -254,7 +217,7 @@ TEST(ThreadPriority, ARefusedPriorityOnARunningThreadThrows)
     std::string strWhy;
     const bool bAllowed = RealTimeAllowed(&strWhy);
     CHeldThread oHeld;
-    oHeld.Start();
+    ASSERT_TRUE(oHeld.Start());
     std::string strMessage, strSkip;
     std::thread oCaller([&] {
         if (bAllowed && syscall(SYS_setresuid, 65534, 65534, 65534) != 0) {
@@ -271,62 +234,47 @@ TEST(ThreadPriority, ARefusedPriorityOnARunningThreadThrows)
     EXPECT_EQ(37, oHeld.oThread.GetPriority());
 }
 
-cpu_set_t AffinityOf(pthread_t in_oThread)
-{
-    cpu_set_t sSet;
-    CPU_ZERO(&sSet);
-    pthread_getaffinity_np(in_oThread, sizeof(sSet), &sSet);
-    return sSet;
-}
-
+// Masks add up: a zero mask requests nothing (the thread keeps the inherited
+// set), masks set before the start all apply at the start, a later smaller
+// one removes nothing; the first mask of a running thread applies at once,
+// and an impossible one is refused.
 TEST(ThreadAffinity, MasksAddUpBeforeAndAfterTheStart)
 {
-    cpu_set_t sAllowed = AllowedProcessors();
+    cpu_set_t sAllowed;
+    CPU_ZERO(&sAllowed);
+    sched_getaffinity(0, sizeof(sAllowed), &sAllowed);
     if (!CPU_ISSET(0, &sAllowed) || !CPU_ISSET(1, &sAllowed))
         GTEST_SKIP() << "needs processors 0 and 1, this process may use " << CPU_COUNT(&sAllowed);
-
-    // A zero mask requests nothing: the thread keeps the inherited set.
     cpu_set_t sAtStart;
     {
         CHeldThread oHeld([&] { sAtStart = AffinityOf(pthread_self()); });
         oHeld.oThread.SetAffinityMask(0);
-        oHeld.Start();
+        ASSERT_TRUE(oHeld.Start());
         ASSERT_TRUE(oHeld.Finish());
         EXPECT_TRUE(CPU_EQUAL(&sAllowed, &sAtStart));
     }
-
-    // Processor 0, then processor 1: both apply at the start.
-    CHeldThread oHeld([&] { sAtStart = AffinityOf(pthread_self()); });
-    oHeld.oThread.SetAffinityMask(1u);
-    oHeld.oThread.SetAffinityMask(2u);
-    oHeld.Start();
-    ASSERT_TRUE(oHeld.Started());
-    EXPECT_EQ(2, CPU_COUNT(&sAtStart));
-    EXPECT_TRUE(CPU_ISSET(0, &sAtStart));
-    EXPECT_TRUE(CPU_ISSET(1, &sAtStart));
-    // A later, smaller mask removes nothing.
-    oHeld.oThread.SetAffinityMask(1u);
-    cpu_set_t sLater = AffinityOf(oHeld.oThread.GetThreadId());
-    EXPECT_EQ(2, CPU_COUNT(&sLater));
-    EXPECT_TRUE(oHeld.Finish());
-}
-
-TEST(ThreadAffinity, ARunningThreadTakesItsFirstMaskAndRefusesImpossibleOnes)
-{
-    cpu_set_t sAllowed = AllowedProcessors();
-    if (!CPU_ISSET(0, &sAllowed)) GTEST_SKIP() << "processor 0 is not available to this process";
+    {
+        CHeldThread oHeld([&] { sAtStart = AffinityOf(pthread_self()); });
+        oHeld.oThread.SetAffinityMask(1u);
+        oHeld.oThread.SetAffinityMask(2u);
+        ASSERT_TRUE(oHeld.Start());
+        EXPECT_TRUE(CPU_COUNT(&sAtStart) == 2 && CPU_ISSET(0, &sAtStart) && CPU_ISSET(1, &sAtStart));
+        oHeld.oThread.SetAffinityMask(1u);
+        cpu_set_t sLater = AffinityOf(oHeld.oThread.GetThreadId());
+        EXPECT_EQ(2, CPU_COUNT(&sLater));
+        EXPECT_TRUE(oHeld.Finish());
+    }
     {
         CHeldThread oHeld;
-        oHeld.Start();
+        ASSERT_TRUE(oHeld.Start());
         oHeld.oThread.SetAffinityMask(1u);
         cpu_set_t sNow = AffinityOf(oHeld.oThread.GetThreadId());
-        EXPECT_EQ(1, CPU_COUNT(&sNow));
-        EXPECT_TRUE(CPU_ISSET(0, &sNow));
+        EXPECT_TRUE(CPU_COUNT(&sNow) == 1 && CPU_ISSET(0, &sNow));
         EXPECT_TRUE(oHeld.Finish());
     }
     if (CPU_ISSET(31, &sAllowed)) GTEST_SKIP() << "processor 31 exists here; no impossible mask to try";
     CHeldThread oHeld;
-    oHeld.Start();
+    ASSERT_TRUE(oHeld.Start());
     EXPECT_EQ("CQxThread::SetAffinityMask -> error occurred in pthread_setaffinity_np",
               qxMessageOf<CQxThreadException>([&] { oHeld.oThread.SetAffinityMask(1u << 31); }));
     EXPECT_TRUE(oHeld.Finish());
@@ -344,7 +292,7 @@ TEST(ThreadStress, ManyThreadsComeAndGo)
     std::vector<std::thread> vecOwners;
     for (int o = 0; o < kiOwners; ++o)
         vecOwners.emplace_back([&, o] {
-            std::function<unsigned int()> fnProcedure = [&] {
+            FProcedure fnProcedure = [&] {
                 ++lRan;
                 return 5u;
             };
@@ -358,14 +306,13 @@ TEST(ThreadStress, ManyThreadsComeAndGo)
                         if (bRealTime) vecThreads.back()->SetPriority(i);
                         vecThreads.back()->SetAffinityMask(1u);
                     } catch (const CQxThreadException&) {
-                        if (!vecThreads.back()->Wait(0)) ++lRefusedWhileAlive;
+                        lRefusedWhileAlive += !vecThreads.back()->Wait(0);
                     }
                 }
                 for (int i = 0; i < kiPerOwner; ++i) {
-                    if (i % 3 == 0) vecThreads[static_cast<size_t>(i)]->Resume();
-                    if (i % 3 == 1 && vecThreads[static_cast<size_t>(i)]->Wait(0) &&
-                        vecThreads[static_cast<size_t>(i)]->GetExitCode() != 5u)
-                        ++lBadExitCodes;
+                    CQxThread& rThread = *vecThreads[static_cast<size_t>(i)];
+                    if (i % 3 == 0) rThread.Resume();
+                    if (i % 3 == 1 && rThread.Wait(0)) lBadExitCodes += rThread.GetExitCode() != 5u;
                 }
                 // Some never resumed: destruction runs them.
             }

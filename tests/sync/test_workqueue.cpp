@@ -1,10 +1,14 @@
 // Work queues on libdispatch: construction results, admission bound and
-// time-outs, completion waits, throwing tasks, destruction, priorities (with
-// a fake thread-pool manager handed in through a subclass), and the bound
-// under several producers.
+// time-outs, completion waits, throwing tasks, destruction, priorities, and
+// the bound under several producers. The program runs in a private mount
+// namespace (the real /opt is never written), where a test registers a
+// thread-pool manager module through the class registry; the queues of the
+// other tests find none.
 #include <qxbase/qxregistry.h>
 #include <qxbase/qxworkqueue.h>
 
+#include "tests/com/registry_sandbox.h"
+#include "tests/sync/poolmanager/poolmanager.h"
 #include "tests/sync/support/qxtestsupport.h"
 
 #include <gtest/gtest.h>
@@ -14,49 +18,16 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
-#include <string>
-#include <thread>
-#include <vector>
+
+bool qxTestPreMain(int argc, char** argv, int* out_iStatus)
+{
+    return NQxTestSandbox::RunInSandbox(argc, argv, out_iStatus);
+}
 
 namespace {
 
 using std::chrono::milliseconds;
 constexpr unsigned int kuiForever = 0xFFFFFFFFu;
-
-// Items that block until the test opens their gate.
-struct SBlockingItems {
-    CQxTestGate oGate;
-    std::atomic<int> iStarted{0}, iFinished{0};
-    std::function<void(void*)> Task()
-    {
-        return [this](void*) {
-            ++iStarted;
-            oGate.WaitOpen(milliseconds(20000));
-            ++iFinished;
-        };
-    }
-};
-
-bool ManagerRegistered()
-{
-    char szPath[QX_MAX_PATH];
-    return GetDllPath(CLSID_QxThreadPoolManager, szPath);
-}
-
-TEST(WorkQueueConstruction, WithoutAManagerTheQueueStillRuns)
-{
-    if (ManagerRegistered()) GTEST_SKIP() << "a thread-pool manager is registered on this machine";
-    std::atomic<int> iRan{0};
-    int iResult = 0;
-    CQxConcurrentWorkQueue oQueue([&](void*) { ++iRan; }, iResult, "no manager", 4);
-    // The manager's creation status is reported, and is a failure.
-    EXPECT_LT(iResult, 0);
-    EXPECT_NE(QX_E_INVALID_POINTER, iResult);
-    EXPECT_EQ(S_OK, oQueue.WaitForCompletion(0));
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(S_OK, oQueue.QueueTask(nullptr, kuiForever));
-    EXPECT_EQ(S_OK, oQueue.WaitForCompletion(kuiForever));
-    EXPECT_EQ(10, iRan.load());
-}
 
 TEST(WorkQueueConstruction, AnEmptyTaskFunctionIsReportedAndRefused)
 {
@@ -70,9 +41,15 @@ TEST(WorkQueueConstruction, AnEmptyTaskFunctionIsReportedAndRefused)
 
 TEST(WorkQueueAdmission, AFullQueueRefusesUntilAnItemFinishes)
 {
-    SBlockingItems oItems;
+    CQxTestGate oGate;
+    std::atomic<int> iFinished{0};
     int iResult = 0;
-    CQxConcurrentWorkQueue oQueue(oItems.Task(), iResult, "cap 2", 2);
+    CQxConcurrentWorkQueue oQueue(
+        [&](void*) {
+            oGate.WaitOpen(milliseconds(20000));
+            ++iFinished;
+        },
+        iResult, "cap 2", 2);
     EXPECT_EQ(S_OK, oQueue.QueueTask(nullptr, 0));
     EXPECT_EQ(S_OK, oQueue.QueueTask(nullptr, 0));
     EXPECT_EQ(QX_E_TIMEOUT, oQueue.QueueTask(nullptr, 0));
@@ -82,11 +59,11 @@ TEST(WorkQueueAdmission, AFullQueueRefusesUntilAnItemFinishes)
     dStart = qxTestNow();
     EXPECT_EQ(QX_E_TIMEOUT, oQueue.WaitForCompletion(20));
     EXPECT_GE(qxTestNow() - dStart, 0.020 - 2e-6);
-    oItems.oGate.Open();
+    oGate.Open();
     // Room comes back as items finish.
     EXPECT_EQ(S_OK, oQueue.QueueTask(nullptr, 10000));
     EXPECT_EQ(S_OK, oQueue.WaitForCompletion(10000));
-    EXPECT_EQ(3, oItems.iFinished.load());
+    EXPECT_EQ(3, iFinished.load());
 }
 
 // A task that throws is not counted as finished: the wait times out, while
@@ -105,12 +82,8 @@ TEST(WorkQueueCompletion, AThrowingTaskStaysCounted)
             if (bThrow) throw std::runtime_error("task failure");
         },
         iResult, "throwing", 8);
-    EXPECT_EQ(S_OK, oQueue.QueueTask(&iFine, kuiForever));
-    EXPECT_EQ(S_OK, oQueue.QueueTask(&iThrow, kuiForever));
-    EXPECT_EQ(S_OK, oQueue.QueueTask(&iFine, kuiForever));
-    double dDeadline = qxTestNow() + 20;
-    while (iRan.load() < 3 && qxTestNow() < dDeadline) std::this_thread::yield();
-    ASSERT_EQ(3, iRan.load());
+    for (int* pItem : {&iFine, &iThrow, &iFine}) EXPECT_EQ(S_OK, oQueue.QueueTask(pItem, kuiForever));
+    ASSERT_TRUE(qxWaitUntil([&] { return iRan.load() == 3; }, 20));
     EXPECT_EQ(QX_E_TIMEOUT, oQueue.WaitForCompletion(50));
     // The owner settles the failed item itself; then the queue is idle and
     // its destruction returns.
@@ -135,115 +108,79 @@ TEST(WorkQueueCompletion, DestroyingAQueueWaitsForItsItems)
     EXPECT_EQ(kiItems, iFinished.load());
 }
 
-// A fake manager that answers a priority chosen by the test and counts how
-// often it is asked and released.
-class CFakeManager : public IQxThreadPoolManager {
-public:
-    HRESULT QueryInterface(const GUID&, void**) override { return E_NOINTERFACE; }
-    uint32_t AddRef() override { return static_cast<uint32_t>(++m_iReferences); }
-    uint32_t Release() override { return static_cast<uint32_t>(--m_iReferences); }
-    HRESULT SetRelativePriority(EQxThreadPoolRelativePriority in_ePriority) override
-    {
-        m_iPriority = in_ePriority;
-        return S_OK;
-    }
-    HRESULT SetMaximumThreadCount(uint32_t) override { return E_NOTIMPL; }
-    HRESULT GetMaximumThreadCount(uint32_t*) override { return E_NOTIMPL; }
-    EQxThreadPoolRelativePriority GetRelativePriority() override
-    {
-        ++m_iQueries;
-        return static_cast<EQxThreadPoolRelativePriority>(m_iPriority.load());
-    }
-
-    std::atomic<int> m_iReferences{1};
-    std::atomic<int> m_iPriority{keQxThreadPoolRelativePriorityNormal};
-    std::atomic<int> m_iQueries{0};
-};
-
-// The queue with the manager handed in after construction, as a module that
-// wants a fixed policy would do through its own subclass.
-class CManagedQueue : public CQxConcurrentWorkQueueLinux {
-public:
-    CManagedQueue(std::function<void(void*)> in_fnTask, int& io_iResult)
-        : CQxConcurrentWorkQueueLinux(std::move(in_fnTask), io_iResult, "managed", 4)
-    {
-    }
-    // Items in flight make virtual calls on the queue: wait for them before
-    // this class's part of the object goes.
-    ~CManagedQueue() override { WaitForCompletion(kuiForever); }
-    void UseManager(IQxThreadPoolManager* in_pManager)
-    {
-        if (m_pThreadPoolManager) m_pThreadPoolManager->Release();
-        m_pThreadPoolManager = in_pManager;
-    }
-    int32_t StoredPriority() const { return m_i32Priority.load(); }
-};
+// The label of the global queue that runs the next item.
+std::string RunOneAndGetLabel(CQxConcurrentWorkQueue& io_oQueue)
+{
+    std::string strLabel;
+    EXPECT_EQ(S_OK, io_oQueue.QueueTask(&strLabel, kuiForever));
+    EXPECT_EQ(S_OK, io_oQueue.WaitForCompletion(kuiForever));
+    return strLabel;
+}
 
 std::string LabelOf(long in_lDispatchPriority)
 {
     return dispatch_queue_get_label(dispatch_get_global_queue(in_lDispatchPriority, 0));
 }
 
-// The label of the queue that ran the next item.
-std::string RunOneAndGetLabel(CQxConcurrentWorkQueueLinux& io_oQueue, std::string* io_pstrLabel)
+void StoreLabel(void* out_pLabel)
 {
-    EXPECT_EQ(S_OK, io_oQueue.QueueTask(io_pstrLabel, kuiForever));
-    EXPECT_EQ(S_OK, io_oQueue.WaitForCompletion(kuiForever));
-    return *io_pstrLabel;
+    *static_cast<std::string*>(out_pLabel) = dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL);
 }
 
-TEST(WorkQueuePriority, RelativePrioritiesMapToTheThreeGlobalQueues)
+// The registered manager is asked once per item, and its answer maps to one
+// of the three global queues (anything unknown to the default one); the
+// queue releases its manager when it goes.
+TEST(WorkQueuePriority, TheRegisteredManagerDecidesTheGlobalQueue)
 {
-    int iResult = 0;
-    std::string strLabel;
-    CManagedQueue oQueue([](void* pItem) { *static_cast<std::string*>(pItem) = dispatch_queue_get_label(DISPATCH_CURRENT_QUEUE_LABEL); },
-                         iResult);
-    EXPECT_EQ(-2, oQueue._GetDispatchQueuePriority(keQxThreadPoolRelativePriorityBelowNormal));
-    EXPECT_EQ(0, oQueue._GetDispatchQueuePriority(keQxThreadPoolRelativePriorityNormal));
-    EXPECT_EQ(2, oQueue._GetDispatchQueuePriority(keQxThreadPoolRelativePriorityAboveNormal));
-    EXPECT_EQ(0, oQueue._GetDispatchQueuePriority(keQxThreadPoolRelativePriorityInvalid));
-    EXPECT_EQ(0, oQueue._GetDispatchQueuePriority(static_cast<EQxThreadPoolRelativePriority>(99)));
-    const std::string strLow = LabelOf(DISPATCH_QUEUE_PRIORITY_LOW);
-    const std::string strDefault = LabelOf(DISPATCH_QUEUE_PRIORITY_DEFAULT);
-    const std::string strHigh = LabelOf(DISPATCH_QUEUE_PRIORITY_HIGH);
-    ASSERT_NE(strLow, strDefault);
-    ASSERT_NE(strHigh, strDefault);
-
-    if (!ManagerRegistered()) {
-        // No manager: the stored priority 2 is used.
-        EXPECT_EQ(keQxThreadPoolRelativePriorityNormal, oQueue.StoredPriority());
-        EXPECT_EQ(strDefault, RunOneAndGetLabel(oQueue, &strLabel));
-    }
-
-    CFakeManager oManager;
-    oQueue.UseManager(&oManager);
-    const struct {
-        int iPriority;
-        std::string strExpected;
-    } asCases[] = {{1, strLow}, {3, strHigh}, {2, strDefault}, {7, strDefault}, {1, strLow}};
-    for (const auto& sCase : asCases) {
-        oManager.m_iPriority = sCase.iPriority;
-        EXPECT_EQ(sCase.strExpected, RunOneAndGetLabel(oQueue, &strLabel)) << "priority " << sCase.iPriority;
-        // The answer is stored for later calls.
-        EXPECT_EQ(sCase.iPriority, oQueue.StoredPriority());
-    }
-    EXPECT_EQ(5, oManager.m_iQueries.load());
-    oQueue.UseManager(nullptr);
-    EXPECT_EQ(0, oManager.m_iReferences.load());
-}
-
-TEST(WorkQueuePriority, DestructionReleasesTheManager)
-{
-    CFakeManager oManager;
-    oManager.AddRef();  // the queue's reference
+    QX_REQUIRE_REGISTRY_SANDBOX();
+    const std::wstring wstrClass = qxGuidToString(CLSID_QxThreadPoolManager);
+    NQxTestSandbox::WriteRegistry("[CLSID]\n" + std::string(wstrClass.begin(), wstrClass.end()) + "=" +
+                                  QXBASE_TEST_POOLMANAGER_PATH + "\n");
+    IQxThreadPoolManager* pPolicy = nullptr;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_QxThreadPoolManager, nullptr, CLSCTX_INPROC_SERVER,
+                                     IID_IQxThreadPoolManager, reinterpret_cast<void**>(&pPolicy)));
+    ITestPoolProbe* pProbe = nullptr;
+    ASSERT_EQ(S_OK, pPolicy->QueryInterface(IID_ITestPoolProbe, reinterpret_cast<void**>(&pProbe)));
+    ASSERT_EQ(1, pProbe->LiveManagers());
+    ASSERT_NE(LabelOf(DISPATCH_QUEUE_PRIORITY_LOW), LabelOf(DISPATCH_QUEUE_PRIORITY_DEFAULT));
+    ASSERT_NE(LabelOf(DISPATCH_QUEUE_PRIORITY_HIGH), LabelOf(DISPATCH_QUEUE_PRIORITY_DEFAULT));
     {
         int iResult = 0;
-        CManagedQueue oQueue([](void*) {}, iResult);
-        oQueue.UseManager(&oManager);
-        EXPECT_EQ(S_OK, oQueue.QueueTask(nullptr, kuiForever));
+        CQxConcurrentWorkQueue oQueue(StoreLabel, iResult, "managed", 4);
+        EXPECT_EQ(S_OK, iResult);
+        EXPECT_EQ(2, pProbe->LiveManagers());
+        const long klLow = DISPATCH_QUEUE_PRIORITY_LOW, klDefault = DISPATCH_QUEUE_PRIORITY_DEFAULT,
+                   klHigh = DISPATCH_QUEUE_PRIORITY_HIGH;
+        const std::pair<int, long> kasCases[] = {{keQxThreadPoolRelativePriorityBelowNormal, klLow},
+                                                 {keQxThreadPoolRelativePriorityAboveNormal, klHigh},
+                                                 {keQxThreadPoolRelativePriorityNormal, klDefault},
+                                                 {keQxThreadPoolRelativePriorityInvalid, klDefault},
+                                                 {keQxThreadPoolRelativePriorityBelowNormal, klLow},
+                                                 {99, klDefault}};
+        const int32_t i32QueriesBefore = pProbe->PriorityQueries();
+        for (const auto& rsCase : kasCases) {
+            pPolicy->SetRelativePriority(static_cast<EQxThreadPoolRelativePriority>(rsCase.first));
+            EXPECT_EQ(LabelOf(rsCase.second), RunOneAndGetLabel(oQueue)) << "relative priority " << rsCase.first;
+        }
+        EXPECT_EQ(i32QueriesBefore + 6, pProbe->PriorityQueries());
     }
-    EXPECT_EQ(1, oManager.m_iReferences.load());
-    EXPECT_EQ(1, oManager.m_iQueries.load());
+    EXPECT_EQ(1, pProbe->LiveManagers()) << "the queue kept its manager";
+    pProbe->Release();
+    pPolicy->Release();
+    NQxTestSandbox::RemoveRegistry();
+}
+
+// Without a manager the creation status is reported, and the queue runs at
+// its stored priority, the normal one.
+TEST(WorkQueuePriority, AnUnregisteredManagerIsReportedAndTheQueueRuns)
+{
+    QX_REQUIRE_REGISTRY_SANDBOX();
+    NQxTestSandbox::WriteRegistry("[CLSID]\n");
+    int iResult = 0;
+    CQxConcurrentWorkQueue oQueue(StoreLabel, iResult, "unmanaged", 1);
+    EXPECT_EQ(E_NOINTERFACE, iResult);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(LabelOf(DISPATCH_QUEUE_PRIORITY_DEFAULT), RunOneAndGetLabel(oQueue));
+    NQxTestSandbox::RemoveRegistry();
 }
 
 // Several producers against a small bound: the pending count, read under
@@ -261,11 +198,9 @@ public:
         bool bAdmitted = CQxConcurrentWorkQueueLinux::_AddTask(in_uiTimeout);
         CQxAutoLock oLock(&m_oLock);
         m_ui64MostPending = std::max(m_ui64MostPending, m_ui64Pending);
-        if (m_ui64Pending > m_ui64MaxPending) ++m_iOverruns;
         return bAdmitted;
     }
     uint64_t m_ui64MostPending = 0;
-    int m_iOverruns = 0;
 };
 
 TEST(WorkQueueStress, TheBoundHoldsUnderSeveralProducers)
@@ -299,7 +234,6 @@ TEST(WorkQueueStress, TheBoundHoldsUnderSeveralProducers)
     for (auto& oProducer : vecProducers) qxJoinWithin(oProducer, 120, "producer");
     EXPECT_EQ(S_OK, pQueue->WaitForCompletion(kuiForever));
     EXPECT_EQ(klPerProducer * kiProducers, lRan.load());
-    EXPECT_EQ(0, pQueue->m_iOverruns);
     EXPECT_LE(pQueue->m_ui64MostPending, kulBound);
     EXPECT_LE(lMostRunning.load(), static_cast<long>(kulBound));
     EXPECT_GE(pQueue->m_ui64MostPending, 1u);

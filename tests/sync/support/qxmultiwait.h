@@ -39,15 +39,13 @@ public:
         const bool bInfinite = in_ulMilliseconds == kulQxInfinite;
         if (!bInfinite) g_get_timeout_value(in_ulMilliseconds, sDeadline);
         pthread_mutex_lock(&m_sCondition.m_oMutex);
-        int iFired;
-        while ((iFired = Fired()) < 0) {
-            int iResult = bInfinite ? pthread_cond_wait(&m_sCondition.m_oCondition, &m_sCondition.m_oMutex)
-                                    : pthread_cond_timedwait(&m_sCondition.m_oCondition, &m_sCondition.m_oMutex,
-                                                             &sDeadline);
-            if (iResult == ETIMEDOUT) {
-                iFired = Fired();
-                break;
-            }
+        int iFired = Fired();
+        while (iFired < 0) {
+            pthread_cond_t* pCondition = &m_sCondition.m_oCondition;
+            int iResult = bInfinite ? pthread_cond_wait(pCondition, &m_sCondition.m_oMutex)
+                                    : pthread_cond_timedwait(pCondition, &m_sCondition.m_oMutex, &sDeadline);
+            iFired = Fired();
+            if (iResult == ETIMEDOUT) break;
         }
         pthread_mutex_unlock(&m_sCondition.m_oMutex);
         return iFired;
@@ -57,8 +55,7 @@ private:
     int Fired()
     {
         for (size_t i = 0; i < m_vecEvents.size(); ++i)
-            if (m_vecEvents[i]->IsSignalledFor(m_vecRegisteredAt[i]))
-                return static_cast<int>(i);
+            if (m_vecEvents[i]->IsSignalledFor(m_vecRegisteredAt[i])) return static_cast<int>(i);
         return -1;
     }
 
@@ -80,7 +77,6 @@ inline int qxWaitAny(const std::vector<CQxUnnamedEvent*>& in_vecEvents, unsigned
     if (in_fnRegistered) in_fnRegistered();
     int iFired = oWaiter.WaitAny(in_ulMilliseconds);
     if (in_fnDecided) in_fnDecided();
-    oWaiter.UnregisterAll();
     return iFired;
 }
 

@@ -1,10 +1,8 @@
 #include "tests/sync/support/qxsemnames.h"
 
-#include <semaphore.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -20,12 +18,9 @@ std::atomic<int> g_iNames{0};
 std::atomic<int> g_iNext{0};
 std::once_flag g_oInstalled;
 
-const int kaiFatalSignals[] = {SIGABRT, SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGTERM, SIGINT};
-
 void UnlinkFromTable()
 {
-    int iCount = g_iNames.load();
-    for (int i = 0; i < iCount && i < kiMaxNames; ++i) unlink(g_aszPaths[i]);
+    for (int i = 0; i < g_iNames.load() && i < kiMaxNames; ++i) unlink(g_aszPaths[i]);
 }
 
 void OnFatalSignal(int in_iSignal)
@@ -33,18 +28,6 @@ void OnFatalSignal(int in_iSignal)
     UnlinkFromTable();  // unlink is async-signal-safe
     signal(in_iSignal, SIG_DFL);
     raise(in_iSignal);
-}
-
-void Install()
-{
-    for (int iSignal : kaiFatalSignals) {
-        struct sigaction sAction;
-        memset(&sAction, 0, sizeof(sAction));
-        sAction.sa_handler = OnFatalSignal;
-        sAction.sa_flags = SA_RESETHAND;
-        sigaction(iSignal, &sAction, nullptr);
-    }
-    atexit(UnlinkFromTable);
 }
 
 std::string PathOf(const std::string& in_strName)
@@ -56,11 +39,16 @@ std::string PathOf(const std::string& in_strName)
 
 std::string qxTestSemaphoreName()
 {
-    std::call_once(g_oInstalled, Install);
-    std::string strName =
-        "/qxtest-" + std::to_string(static_cast<long>(getpid())) + "-" + std::to_string(g_iNext.fetch_add(1));
-    int iSlot = g_iNames.load();
-    if (iSlot < kiMaxNames) {
+    std::call_once(g_oInstalled, [] {
+        struct sigaction sAction = {};
+        sAction.sa_handler = OnFatalSignal;
+        sAction.sa_flags = SA_RESETHAND;
+        for (int iSignal : {SIGABRT, SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGTERM, SIGINT})
+            sigaction(iSignal, &sAction, nullptr);
+        atexit(UnlinkFromTable);
+    });
+    std::string strName = "/qxtest-" + std::to_string(getpid()) + "-" + std::to_string(g_iNext.fetch_add(1));
+    if (int iSlot = g_iNames.load(); iSlot < kiMaxNames) {
         snprintf(g_aszPaths[iSlot], sizeof(g_aszPaths[iSlot]), "%s", PathOf(strName).c_str());
         g_iNames.store(iSlot + 1);
     }
@@ -75,8 +63,7 @@ bool qxTestSemaphoreExists(const std::string& in_strName)
 int qxTestUnlinkSemaphores()
 {
     int iLeft = 0;
-    int iCount = g_iNames.load();
-    for (int i = 0; i < iCount && i < kiMaxNames; ++i)
+    for (int i = 0; i < g_iNames.load() && i < kiMaxNames; ++i)
         if (access(g_aszPaths[i], F_OK) == 0) {
             ++iLeft;
             unlink(g_aszPaths[i]);

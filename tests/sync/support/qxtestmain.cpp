@@ -11,7 +11,6 @@
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -19,7 +18,6 @@
 
 #include <atomic>
 #include <random>
-#include <string>
 
 namespace {
 
@@ -53,21 +51,18 @@ bool DumpWithGdb()
 {
     if (access("/usr/bin/gdb", X_OK) != 0) return false;
     prctl(PR_SET_PTRACER, PR_SET_PTRACER_ANY, 0, 0, 0);
-    char szPid[32];
-    snprintf(szPid, sizeof(szPid), "%d", static_cast<int>(getpid()));
+    const std::string strPid = std::to_string(getpid());
     pid_t iChild = fork();
     if (iChild < 0) return false;
     if (iChild == 0) {
         dup2(STDERR_FILENO, STDOUT_FILENO);
-        execl("/usr/bin/gdb", "gdb", "-batch", "-nx", "-p", szPid, "-ex", "thread apply all bt", static_cast<char*>(nullptr));
+        execl("/usr/bin/gdb", "gdb", "-batch", "-nx", "-p", strPid.c_str(), "-ex", "thread apply all bt",
+              static_cast<char*>(nullptr));
         _exit(127);
     }
     int iStatus = 0;
-    for (int i = 0; i < 600; ++i) {  // at most 60 s
-        if (waitpid(iChild, &iStatus, WNOHANG) == iChild)
-            return WIFEXITED(iStatus) && WEXITSTATUS(iStatus) == 0;
-        usleep(100000);
-    }
+    for (int i = 0; i < 600; ++i, usleep(100000))  // at most 60 s
+        if (waitpid(iChild, &iStatus, WNOHANG) == iChild) return WIFEXITED(iStatus) && WEXITSTATUS(iStatus) == 0;
     kill(iChild, SIGKILL);
     waitpid(iChild, &iStatus, 0);
     return false;
@@ -77,8 +72,7 @@ bool DumpWithGdb()
 // thread at a time.
 void DumpWithSignals()
 {
-    struct sigaction sAction;
-    memset(&sAction, 0, sizeof(sAction));
+    struct sigaction sAction = {};
     sAction.sa_handler = DumpOneThread;
     sAction.sa_flags = SA_RESTART;
     sigaction(SIGRTMIN + 3, &sAction, nullptr);
@@ -86,9 +80,8 @@ void DumpWithSignals()
     if (!pDir) return;
     while (dirent* pEntry = readdir(pDir)) {
         long lTid = atol(pEntry->d_name);
-        if (lTid <= 0) continue;
         int iBefore = g_iDumpAcknowledged.load();
-        if (syscall(SYS_tgkill, getpid(), lTid, SIGRTMIN + 3) != 0) continue;
+        if (lTid <= 0 || syscall(SYS_tgkill, getpid(), lTid, SIGRTMIN + 3) != 0) continue;
         for (int i = 0; i < 100 && g_iDumpAcknowledged.load() == iBefore; ++i) usleep(10000);
     }
     closedir(pDir);
@@ -100,35 +93,28 @@ void WatchdogLoop()
     for (;;) {
         if (g_rWatch.m_dDeadline == 0) {
             g_rWatch.m_oChanged.wait(oLock);
-            continue;
-        }
-        double dLeft = g_rWatch.m_dDeadline - qxTestNow();
-        if (dLeft > 0) {
+        } else if (double dLeft = g_rWatch.m_dDeadline - qxTestNow(); dLeft > 0) {
             g_rWatch.m_oChanged.wait_for(oLock, std::chrono::duration<double>(dLeft));
-            continue;
+        } else {
+            std::string strReason = "test " + g_rWatch.m_strCurrentTest + " overran its time budget";
+            oLock.unlock();
+            qxWatchdogFire(strReason.c_str());
         }
-        std::string strReason = "test " + g_rWatch.m_strCurrentTest + " overran its time budget";
-        oLock.unlock();
-        qxWatchdogFire(strReason.c_str());
     }
 }
 
+// Arms the watchdog for the current test (0 disarms it).
 void Arm(double in_dSeconds)
 {
     std::lock_guard<std::mutex> oLock(g_rWatch.m_oMutex);
+    if (const testing::TestInfo* pTest = testing::UnitTest::GetInstance()->current_test_info())
+        g_rWatch.m_strCurrentTest = std::string(pTest->test_suite_name()) + "." + pTest->name();
     g_rWatch.m_dDeadline = in_dSeconds > 0 ? qxTestNow() + in_dSeconds : 0;
     g_rWatch.m_oChanged.notify_all();
 }
 
 class CWatchdogListener : public testing::EmptyTestEventListener {
-    void OnTestStart(const testing::TestInfo& in_oTest) override
-    {
-        {
-            std::lock_guard<std::mutex> oLock(g_rWatch.m_oMutex);
-            g_rWatch.m_strCurrentTest = std::string(in_oTest.test_suite_name()) + "." + in_oTest.name();
-        }
-        Arm(g_rWatch.m_dDefaultBudget);
-    }
+    void OnTestStart(const testing::TestInfo&) override { Arm(g_rWatch.m_dDefaultBudget); }
     void OnTestEnd(const testing::TestInfo&) override { Arm(0); }
 };
 
@@ -136,10 +122,6 @@ class CWatchdogListener : public testing::EmptyTestEventListener {
 
 void qxWatchdogSetBudget(double in_dSeconds)
 {
-    if (const testing::TestInfo* pTest = testing::UnitTest::GetInstance()->current_test_info()) {
-        std::lock_guard<std::mutex> oLock(g_rWatch.m_oMutex);
-        g_rWatch.m_strCurrentTest = std::string(pTest->test_suite_name()) + "." + pTest->name();
-    }
     Arm(in_dSeconds);
 }
 
@@ -155,34 +137,21 @@ void qxWatchdogFire(const char* in_pszReason)
 
 void qxJoinWithin(std::thread& io_oThread, double in_dSeconds, const char* in_pszWhat)
 {
-    std::mutex oMutex;
-    std::condition_variable oDone;
-    bool bDone = false;
     // Joining happens on a helper so that the wait can be bounded.
+    CQxTestGate oJoined;
     std::thread oJoiner([&] {
         io_oThread.join();
-        std::lock_guard<std::mutex> oLock(oMutex);
-        bDone = true;
-        oDone.notify_all();
+        oJoined.Open();
     });
-    {
-        std::unique_lock<std::mutex> oLock(oMutex);
-        if (!oDone.wait_for(oLock, std::chrono::duration<double>(in_dSeconds), [&] { return bDone; })) {
-            std::string strReason = std::string(in_pszWhat) + " did not finish (deadlock?)";
-            oLock.unlock();
-            qxWatchdogFire(strReason.c_str());
-        }
-    }
+    if (!oJoined.WaitOpen(std::chrono::milliseconds(static_cast<long>(in_dSeconds * 1000))))
+        qxWatchdogFire((std::string(in_pszWhat) + " did not finish (deadlock?)").c_str());
     oJoiner.join();
 }
 
 uint32_t qxTestSeed()
 {
-    uint32_t uiSeed;
-    if (const char* pszSeed = getenv("QX_TEST_SEED"))
-        uiSeed = static_cast<uint32_t>(strtoul(pszSeed, nullptr, 0));
-    else
-        uiSeed = std::random_device()();
+    const char* pszSeed = getenv("QX_TEST_SEED");
+    const uint32_t uiSeed = pszSeed ? static_cast<uint32_t>(strtoul(pszSeed, nullptr, 0)) : std::random_device()();
     const testing::TestInfo* pTest = testing::UnitTest::GetInstance()->current_test_info();
     printf("[  SEED    ] %s.%s: QX_TEST_SEED=%u\n", pTest ? pTest->test_suite_name() : "?", pTest ? pTest->name() : "?",
            uiSeed);

@@ -4,7 +4,6 @@
 #ifndef QXBASE_TESTS_SYNC_QXTESTSUPPORT_H
 #define QXBASE_TESTS_SYNC_QXTESTSUPPORT_H
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -13,16 +12,12 @@
 #include <string>
 #include <thread>
 
+#define QX_TEST_SANITIZED 0
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer) || __has_feature(address_sanitizer)
+#undef QX_TEST_SANITIZED
 #define QX_TEST_SANITIZED 1
 #endif
-#endif
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-#define QX_TEST_SANITIZED 1
-#endif
-#ifndef QX_TEST_SANITIZED
-#define QX_TEST_SANITIZED 0
 #endif
 
 // Iteration counts: the plain build runs the full count, sanitizer builds
@@ -51,6 +46,24 @@ bool qxTestPreMain(int argc, char** argv, int* out_iStatus) __attribute__((weak)
 // (a deadlocked thread cannot be joined and must not hang the run).
 void qxJoinWithin(std::thread& io_oThread, double in_dSeconds, const char* in_pszWhat);
 
+// Monotonic seconds, for "not before its deadline" checks.
+inline double qxTestNow()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// Polls the condition until it holds or the seconds have passed; true when it
+// holds.
+inline bool qxWaitUntil(const std::function<bool()>& in_fnHolds, double in_dSeconds)
+{
+    const double dDeadline = qxTestNow() + in_dSeconds;
+    while (!in_fnHolds()) {
+        if (qxTestNow() > dDeadline) return false;
+        std::this_thread::yield();
+    }
+    return true;
+}
+
 // Threads that wait until a number of them have arrived, or a time-out.
 class CQxTestRendezvous {
 public:
@@ -67,12 +80,6 @@ public:
     {
         std::lock_guard<std::mutex> oLock(m_oMutex);
         return m_iArrived;
-    }
-    // Waits until at least n parties arrived; false on time-out.
-    bool WaitForArrivals(int in_iCount, std::chrono::milliseconds in_oTimeout)
-    {
-        std::unique_lock<std::mutex> oLock(m_oMutex);
-        return m_oChanged.wait_for(oLock, in_oTimeout, [&] { return m_iArrived >= in_iCount; });
     }
 
 private:
@@ -91,7 +98,7 @@ public:
         m_bOpen = true;
         m_oOpened.notify_all();
     }
-    bool WaitOpen(std::chrono::milliseconds in_oTimeout)
+    bool WaitOpen(std::chrono::milliseconds in_oTimeout = std::chrono::milliseconds(10000))
     {
         std::unique_lock<std::mutex> oLock(m_oMutex);
         return m_oOpened.wait_for(oLock, in_oTimeout, [this] { return m_bOpen; });
@@ -102,12 +109,6 @@ private:
     std::condition_variable m_oOpened;
     bool m_bOpen = false;
 };
-
-// Monotonic seconds, for "not before its deadline" checks.
-inline double qxTestNow()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 // Runs the call and returns the message of the TException it throws, or a
 // note that it threw nothing (or something else).
@@ -122,27 +123,6 @@ std::string qxMessageOf(const std::function<void()>& in_fnCall)
         return "<other exception>";
     }
     return "<no exception>";
-}
-
-// Holds a lock (Wait(0) must take it), lets another thread Wait with an
-// all-ones 64-bit time-out, and releases the lock after a while. Returns
-// true when that Wait acquired the lock, and only after the release: the
-// time-out is a long finite wait, not INFINITE and not an expired one.
-template <class TLock>
-bool qxAllOnesWaitEndsWithTheRelease(TLock& io_oLock)
-{
-    if (!io_oLock.Wait(0)) return false;
-    std::atomic<bool> bReleased{false}, bAcquiredAfterRelease{false};
-    std::thread oWaiter([&] {
-        bool bAcquired = io_oLock.Wait(~0UL);
-        bAcquiredAfterRelease = bAcquired && bReleased.load();
-        if (bAcquired) io_oLock.Release();
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    bReleased = true;
-    io_oLock.Release();
-    qxJoinWithin(oWaiter, 20, "all-ones waiter");
-    return bAcquiredAfterRelease.load();
 }
 
 #endif  // QXBASE_TESTS_SYNC_QXTESTSUPPORT_H

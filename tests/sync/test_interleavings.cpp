@@ -1,9 +1,11 @@
-// The event's guarantees under the interleavings that break a naive
-// implementation, each forced with the delay points of the test build: an
-// auto-reset Set releases exactly one waiter, no waiter sleeps on while the
-// event is set for it, Sets over shared multi-object waiters cannot
-// deadlock, and a Pulse always collects its waiters.
+// The guarantees of the event and the work queue under the interleavings
+// that break a naive implementation, each forced with the delay points of the
+// test build: an auto-reset Set releases exactly one waiter, no waiter sleeps
+// on while the event is set for it, Sets over shared multi-object waiters
+// cannot deadlock, a Pulse always collects its waiters, and two producers
+// racing for a queue's last place cannot both take it.
 #include <qxbase/qxunnamedevent.h>
+#include <qxbase/qxworkqueue.h>
 
 #include "tests/sync/support/qxdelayhook.h"
 #include "tests/sync/support/qxmultiwait.h"
@@ -15,8 +17,6 @@
 #include <cstring>
 #include <memory>
 #include <set>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -28,7 +28,7 @@ bool IsRole(const char* in_pszRole)
 }
 
 // Opens a gate the first time the waiter of role A, and of role B, is about
-// to sleep (its Set then lands once it sleeps).
+// to sleep (a Set issued then lands once it sleeps).
 struct SSleepGates {
     CQxTestGate oA, oB;
     void Note(EQxSyncDelayPoint in_ePoint)
@@ -39,32 +39,51 @@ struct SSleepGates {
     }
 };
 
-// Runs a Wait of the event on a thread with a role; the result lands in
-// *out_pbResult.
-std::thread StartWaiter(const char* in_pszRole, CQxUnnamedEvent& in_oEvent, unsigned long in_ulMs,
-                        std::atomic<int>* out_piResult)
+// A thread that runs the call in the role given.
+std::thread StartAs(const char* in_pszRole, std::function<void()> in_fnCall)
 {
-    return std::thread([=, &in_oEvent] {
+    return std::thread([=] {
         tl_pszQxTestRole = in_pszRole;
-        out_piResult->store(in_oEvent.Wait(in_ulMs) ? 1 : 0);
+        in_fnCall();
     });
 }
 
+// A Wait of the event on a thread of its own with a role. Result(): 1
+// released, 0 timed out.
+class CRoleWaiter {
+public:
+    CRoleWaiter(const char* in_pszRole, CQxUnnamedEvent& io_oEvent, unsigned long in_ulMs)
+        : m_pszRole(in_pszRole),
+          m_oThread(StartAs(in_pszRole, [=, &io_oEvent] { m_iResult = io_oEvent.Wait(in_ulMs); }))
+    {
+    }
+    ~CRoleWaiter() { Result(); }
+    int Result()
+    {
+        if (m_oThread.joinable()) qxJoinWithin(m_oThread, 20, m_pszRole);
+        return m_iResult.load();
+    }
+
+private:
+    const char* m_pszRole;
+    std::atomic<int> m_iResult{-1};
+    std::thread m_oThread;
+};
+
+// Waiters are declared after the hook that they may reach, so they are
+// joined before it goes.
 TEST(EventInterleaving, AnAutoResetSetReleasesTheOldestSleepingWaiter)
 {
     CQxUnnamedEvent oEvent(false);
     SSleepGates sAsleep;
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) { sAsleep.Note(ePoint); });
-    std::atomic<int> iA{-1}, iB{-1};
-    std::thread oA = StartWaiter("A", oEvent, 10000, &iA);
-    ASSERT_TRUE(sAsleep.oA.WaitOpen(milliseconds(10000)));
-    std::thread oB = StartWaiter("B", oEvent, 300, &iB);
-    ASSERT_TRUE(sAsleep.oB.WaitOpen(milliseconds(10000)));
+    CRoleWaiter oA("A", oEvent, 10000);
+    ASSERT_TRUE(sAsleep.oA.WaitOpen());
+    CRoleWaiter oB("B", oEvent, 300);
+    ASSERT_TRUE(sAsleep.oB.WaitOpen());
     oEvent.Set();
-    qxJoinWithin(oA, 20, "oldest waiter");
-    qxJoinWithin(oB, 20, "second waiter");
-    EXPECT_EQ(1, iA.load());
-    EXPECT_EQ(0, iB.load());
+    EXPECT_EQ(1, oA.Result());
+    EXPECT_EQ(0, oB.Result());
     EXPECT_FALSE(oEvent.IsSet());
 }
 
@@ -73,28 +92,25 @@ TEST(EventInterleaving, AnAutoResetSetReleasesTheOldestSleepingWaiter)
 TEST(EventInterleaving, TwoWaitersThatBothSeeOneSetCannotBothTakeIt)
 {
     CQxUnnamedEvent oEvent(false);
-    SSleepGates sAsleep;
     CQxTestGate oBRegistered, oReleaseB;
     CQxTestRendezvous oBothSawIt(2);
+    SSleepGates sAsleep;
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
         sAsleep.Note(ePoint);
         if (ePoint == keQxDelayWaitRegistered && IsRole("B")) {
             oBRegistered.Open();
-            oReleaseB.WaitOpen(milliseconds(10000));
+            oReleaseB.WaitOpen();
         }
         if (ePoint == keQxDelayWaitSignalSeen) oBothSawIt.Arrive(milliseconds(3000));
     });
-    std::atomic<int> iA{-1}, iB{-1};
-    std::thread oA = StartWaiter("A", oEvent, 600, &iA);
-    ASSERT_TRUE(sAsleep.oA.WaitOpen(milliseconds(10000)));
-    std::thread oB = StartWaiter("B", oEvent, 600, &iB);
-    ASSERT_TRUE(oBRegistered.WaitOpen(milliseconds(10000)));
+    CRoleWaiter oA("A", oEvent, 600);
+    ASSERT_TRUE(sAsleep.oA.WaitOpen());
+    CRoleWaiter oB("B", oEvent, 600);
+    ASSERT_TRUE(oBRegistered.WaitOpen());
     oEvent.Set();
     oReleaseB.Open();
-    qxJoinWithin(oA, 20, "waiter A");
-    qxJoinWithin(oB, 20, "waiter B");
+    EXPECT_EQ(1, oA.Result() + oB.Result()) << "A " << oA.Result() << ", B " << oB.Result();
     ASSERT_EQ(2, oBothSawIt.Arrived()) << "the interleaving was not forced";
-    EXPECT_EQ(1, iA.load() + iB.load()) << "A " << iA.load() << ", B " << iB.load();
     EXPECT_FALSE(oEvent.IsSet());
 }
 
@@ -103,51 +119,45 @@ TEST(EventInterleaving, TwoWaitersThatBothSeeOneSetCannotBothTakeIt)
 TEST(EventInterleaving, ATimedOutOldestWaiterDoesNotStrandASet)
 {
     CQxUnnamedEvent oEvent(false);
-    SSleepGates sAsleep;
     std::atomic<bool> bSetInWindow{false};
+    SSleepGates sAsleep;
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
         sAsleep.Note(ePoint);
         if (ePoint == keQxDelayWaitTimedOut && IsRole("A") && !bSetInWindow.exchange(true)) oEvent.Set();
     });
-    std::atomic<int> iA{-1}, iB{-1};
-    std::thread oA = StartWaiter("A", oEvent, 150, &iA);
-    ASSERT_TRUE(sAsleep.oA.WaitOpen(milliseconds(10000)));
-    std::thread oB = StartWaiter("B", oEvent, 800, &iB);
-    ASSERT_TRUE(sAsleep.oB.WaitOpen(milliseconds(10000)));
-    qxJoinWithin(oA, 20, "timed-out waiter");
-    qxJoinWithin(oB, 20, "second waiter");
+    CRoleWaiter oA("A", oEvent, 150);
+    ASSERT_TRUE(sAsleep.oA.WaitOpen());
+    CRoleWaiter oB("B", oEvent, 800);
+    ASSERT_TRUE(sAsleep.oB.WaitOpen());
+    EXPECT_EQ(1, oA.Result() + oB.Result()) << "A " << oA.Result() << ", B " << oB.Result();
     ASSERT_TRUE(bSetInWindow.load());
-    EXPECT_EQ(1, iA.load() + iB.load()) << "A " << iA.load() << ", B " << iB.load();
     EXPECT_FALSE(oEvent.IsSet());
 }
 
 // A multi-object waiter satisfied by one event leaves another event whose
-// Set signalled only it; the next waiter of that event must be woken.
+// Set signalled only it; the next waiter of that event must be woken for the
+// signal, not rescued by its own time-out.
 TEST(EventInterleaving, AMultiObjectWaiterLeavingPassesAnUnusedSignalOn)
 {
     CQxUnnamedEvent oFirst(false), oSecond(false);
-    std::vector<CQxUnnamedEvent*> vecBoth = {&oFirst, &oSecond};
     CQxTestGate oWRegistered;
-    SSleepGates sAsleep;
     std::atomic<bool> bBTimedOut{false};
+    SSleepGates sAsleep;
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
         sAsleep.Note(ePoint);
         if (ePoint == keQxDelayWaitTimedOut && IsRole("B")) bBTimedOut = true;
     });
     int iW = -2;
     std::thread oW([&] {
-        iW = qxWaitAny(vecBoth, 10000, [&] { oWRegistered.Open(); }, [&] { oSecond.Set(); });
+        iW = qxWaitAny({&oFirst, &oSecond}, 10000, [&] { oWRegistered.Open(); }, [&] { oSecond.Set(); });
     });
-    ASSERT_TRUE(oWRegistered.WaitOpen(milliseconds(10000)));
-    std::atomic<int> iB{-1};
-    std::thread oB = StartWaiter("B", oSecond, 1000, &iB);
-    ASSERT_TRUE(sAsleep.oB.WaitOpen(milliseconds(10000)));
+    ASSERT_TRUE(oWRegistered.WaitOpen());
+    CRoleWaiter oB("B", oSecond, 1000);
+    ASSERT_TRUE(sAsleep.oB.WaitOpen());
     oFirst.Set();
     qxJoinWithin(oW, 20, "multi-object waiter");
-    qxJoinWithin(oB, 20, "second waiter");
     EXPECT_EQ(0, iW);
-    EXPECT_EQ(1, iB.load());
-    // Woken for the signal, not rescued by its own time-out.
+    EXPECT_EQ(1, oB.Result());
     EXPECT_FALSE(bBTimedOut.load());
     EXPECT_FALSE(oSecond.IsSet());
 }
@@ -167,26 +177,15 @@ TEST(EventInterleaving, SetsOverWaitersListedInOppositeOrdersDoNotDeadlock)
         oW2.Register(&oOne);
         CQxTestRendezvous oBothHoldOne(2);
         CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
-            if (ePoint == keQxDelaySetFirstWaiterLocked && (IsRole("S1") || IsRole("S2")))
-                oBothHoldOne.Arrive(milliseconds(300));
+            if (ePoint == keQxDelaySetFirstWaiterLocked && tl_pszQxTestRole) oBothHoldOne.Arrive(milliseconds(300));
         });
-        int iW1 = -2, iW2 = -2;
-        std::thread oT1([&] { iW1 = oW1.WaitAny(10000); });
-        std::thread oT2([&] { iW2 = oW2.WaitAny(10000); });
-        std::thread oS1([&] {
-            tl_pszQxTestRole = "S1";
-            oOne.Set();
-        });
-        std::thread oS2([&] {
-            tl_pszQxTestRole = "S2";
-            oTwo.Set();
-        });
-        qxJoinWithin(oS1, 20, "first Set");
-        qxJoinWithin(oS2, 20, "second Set");
-        qxJoinWithin(oT1, 20, "first multi-object waiter");
-        qxJoinWithin(oT2, 20, "second multi-object waiter");
-        EXPECT_GE(iW1, 0);
-        EXPECT_GE(iW2, 0);
+        int aiResults[2] = {-2, -2};
+        std::thread aoThreads[4] = {std::thread([&] { aiResults[0] = oW1.WaitAny(10000); }),
+                                    std::thread([&] { aiResults[1] = oW2.WaitAny(10000); }),
+                                    StartAs("S1", [&] { oOne.Set(); }), StartAs("S2", [&] { oTwo.Set(); })};
+        for (std::thread& rThread : aoThreads) qxJoinWithin(rThread, 20, "a Set or a multi-object waiter");
+        EXPECT_GE(aiResults[0], 0) << bManual;
+        EXPECT_GE(aiResults[1], 0) << bManual;
     }
 }
 
@@ -195,27 +194,22 @@ TEST(EventInterleaving, SetsOverWaitersListedInOppositeOrdersDoNotDeadlock)
 TEST(EventInterleaving, APulseCompletesWhenTheEventIsResetUnderIt)
 {
     CQxUnnamedEvent oEvent(true);
-    SSleepGates sAsleep;
     std::atomic<bool> bResetDone{false};
+    SSleepGates sAsleep;
     CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void*) {
         sAsleep.Note(ePoint);
         if (ePoint == keQxDelayWaitWoken && (IsRole("A") || IsRole("B")) && !bResetDone.exchange(true))
             oEvent.Reset();
     });
-    std::atomic<int> iA{-1}, iB{-1};
-    std::thread oA = StartWaiter("A", oEvent, 3000, &iA);
-    std::thread oB = StartWaiter("B", oEvent, 3000, &iB);
-    ASSERT_TRUE(sAsleep.oA.WaitOpen(milliseconds(10000)));
-    ASSERT_TRUE(sAsleep.oB.WaitOpen(milliseconds(10000)));
+    CRoleWaiter oA("A", oEvent, 3000), oB("B", oEvent, 3000);
+    ASSERT_TRUE(sAsleep.oA.WaitOpen() && sAsleep.oB.WaitOpen());
     std::atomic<int> iPulse{-1};
     std::thread oPulser([&] { iPulse = oEvent.Pulse() ? 1 : 0; });
     qxJoinWithin(oPulser, 20, "Pulse");
-    qxJoinWithin(oA, 20, "waiter A");
-    qxJoinWithin(oB, 20, "waiter B");
+    EXPECT_EQ(1, oA.Result());
+    EXPECT_EQ(1, oB.Result());
     ASSERT_TRUE(bResetDone.load());
     EXPECT_EQ(1, iPulse.load());
-    EXPECT_EQ(1, iA.load());
-    EXPECT_EQ(1, iB.load());
     EXPECT_FALSE(oEvent.IsSet());
 }
 
@@ -231,30 +225,72 @@ TEST(EventInterleaving, PulseReturnsOnlyAfterItsWaitersHaveLeft)
         CQxUnnamedEvent* pRaw = pEvent.get();
         std::mutex oMutex;
         std::set<std::thread::id> setSleeping;
-        std::condition_variable oChanged;
+        CQxTestGate oAllAsleep;
         CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void* pObject) {
             if (ePoint != keQxDelayWaitSleeping || pObject != pRaw) return;
             std::lock_guard<std::mutex> oLock(oMutex);
             setSleeping.insert(std::this_thread::get_id());
-            oChanged.notify_all();
+            if (setSleeping.size() == static_cast<size_t>(kiWaiters)) oAllAsleep.Open();
         });
         std::atomic<int> iReleased{0};
         std::vector<std::thread> vecWaiters;
-        for (int i = 0; i < kiWaiters; ++i)
-            vecWaiters.emplace_back([&, pRaw] {
-                if (pRaw->Wait(10000)) ++iReleased;
-            });
-        {
-            std::unique_lock<std::mutex> oLock(oMutex);
-            ASSERT_TRUE(oChanged.wait_for(oLock, milliseconds(10000),
-                                          [&] { return setSleeping.size() == static_cast<size_t>(kiWaiters); }));
-        }
+        for (int i = 0; i < kiWaiters; ++i) vecWaiters.emplace_back([&, pRaw] { iReleased += pRaw->Wait(10000); });
+        ASSERT_TRUE(oAllAsleep.WaitOpen());
         EXPECT_TRUE(pEvent->Pulse());
         EXPECT_FALSE(pEvent->IsSet());
         pEvent.reset();
         for (auto& oWaiter : vecWaiters) qxJoinWithin(oWaiter, 20, "pulsed waiter");
         ASSERT_EQ(kiWaiters, iReleased.load()) << "round " << iRound;
     }
+}
+
+class CCountedQueue : public CQxConcurrentWorkQueueLinux {
+public:
+    CCountedQueue(std::function<void(void*)> in_fnTask, int& io_iResult)
+        : CQxConcurrentWorkQueueLinux(std::move(in_fnTask), io_iResult, "raced", 2)
+    {
+    }
+    ~CCountedQueue() override { WaitForCompletion(0xFFFFFFFFu); }
+    uint64_t Pending()
+    {
+        CQxAutoLock oLock(&m_oLock);
+        return m_ui64Pending;
+    }
+};
+
+// Two producers both see room for the last place, then take the lock one
+// after the other. Exactly one is admitted.
+TEST(WorkQueueInterleaving, TwoProducersRacingForTheLastPlaceAdmitOne)
+{
+    CQxTestGate oItemsMayFinish;
+    std::atomic<int> iFinished{0};
+    int iResult = 0;
+    CCountedQueue oQueue(
+        [&](void*) {
+            oItemsMayFinish.WaitOpen(milliseconds(20000));
+            ++iFinished;
+        },
+        iResult);
+    ASSERT_EQ(S_OK, oQueue.QueueTask(nullptr, 0));  // one of two places taken
+
+    CQxTestRendezvous oBothSawRoom(2);
+    std::atomic<int> iSawRoom{0};
+    CQxScopedDelayHook oHook([&](EQxSyncDelayPoint ePoint, const void* pObject) {
+        // Only the first sighting of each producer waits for the other.
+        if (ePoint == keQxDelayAddTaskRoomSeen && pObject == &oQueue && tl_pszQxTestRole && ++iSawRoom <= 2)
+            oBothSawRoom.Arrive(milliseconds(5000));
+    });
+    int aiResults[2] = {-1, -1};
+    std::thread aoProducers[2] = {StartAs("P1", [&] { aiResults[0] = oQueue.QueueTask(nullptr, 200); }),
+                                  StartAs("P2", [&] { aiResults[1] = oQueue.QueueTask(nullptr, 200); })};
+    for (auto& oProducer : aoProducers) qxJoinWithin(oProducer, 20, "producer");
+    ASSERT_EQ(2, oBothSawRoom.Arrived()) << "the interleaving was not forced";
+    EXPECT_EQ(1, (aiResults[0] == S_OK) + (aiResults[1] == S_OK));
+    EXPECT_EQ(1, (aiResults[0] == QX_E_TIMEOUT) + (aiResults[1] == QX_E_TIMEOUT));
+    EXPECT_EQ(2u, oQueue.Pending());
+    oItemsMayFinish.Open();
+    EXPECT_EQ(S_OK, oQueue.WaitForCompletion(20000));
+    EXPECT_EQ(2, iFinished.load());
 }
 
 }  // namespace
