@@ -72,11 +72,3 @@ TEST(EngineRegistry, BothEnginesAreCreatedByClassIdentifierOnceTheLibraryIsRegis
 }
 
 }  // namespace
-
-int main(int argc, char** argv)
-{
-    int iExitStatus = 0;
-    if (NQxTestSandbox::RunInSandbox(argc, argv, &iExitStatus)) return iExitStatus;
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

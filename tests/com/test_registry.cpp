@@ -315,11 +315,3 @@ TEST(Qxregsvr, RefusesWhatItCannotRegisterWithAClearMessage)
 #endif
 
 }  // namespace
-
-int main(int argc, char** argv)
-{
-    int iExitStatus = 0;
-    if (NQxTestSandbox::RunInSandbox(argc, argv, &iExitStatus)) return iExitStatus;
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

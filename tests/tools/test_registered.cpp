@@ -109,11 +109,3 @@ TEST_F(Registered, ARegistrationOfAMissingModuleIsReported)
 }
 
 }  // namespace
-
-int main(int argc, char** argv)
-{
-    int iExitStatus = 0;
-    if (NQxTestSandbox::RunInSandbox(argc, argv, &iExitStatus)) return iExitStatus;
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}
