@@ -56,7 +56,10 @@ CQxWorkQueueImplementation::CQxWorkQueueImplementation(std::function<void(void*)
       m_oIdleEvent(true)
 {
     if (!in_fnTask) io_iResult = QX_E_INVALID_POINTER;
-    m_oRoomEvent.Set();
+    // Room means pending < maximum: a queue of maximum 0 never has room, and
+    // its QueueTask times out as a full queue's does instead of looking for
+    // room that is never there.
+    if (m_ui64MaxPending > 0) m_oRoomEvent.Set();
     m_oIdleEvent.Set();
     m_fnTask = std::move(in_fnTask);
 }

@@ -64,6 +64,14 @@ TEST(WorkQueueAdmission, AFullQueueRefusesUntilAnItemFinishes)
     EXPECT_EQ(S_OK, oQueue.QueueTask(nullptr, 10000));
     EXPECT_EQ(S_OK, oQueue.WaitForCompletion(10000));
     EXPECT_EQ(3, iFinished.load());
+
+    // A maximum of 0 admits nothing, and says so within the time-out.
+    CQxConcurrentWorkQueue oClosed([&](void*) { ++iFinished; }, iResult, "cap 0", 0);
+    dStart = qxTestNow();
+    EXPECT_EQ(QX_E_TIMEOUT, oClosed.QueueTask(nullptr, 20));
+    EXPECT_GE(qxTestNow() - dStart, 0.020 - 2e-6);
+    EXPECT_EQ(S_OK, oClosed.WaitForCompletion(0));
+    EXPECT_EQ(3, iFinished.load());
 }
 
 // A task that throws is not counted as finished: the wait times out, while
