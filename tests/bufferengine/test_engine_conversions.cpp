@@ -153,8 +153,6 @@ std::vector<uint8_t> ReferenceCopy(CQxcHostSurface* in_pSource, const SQxRect& i
     };
     auto pSource = NQxTest::CreateSurface(fnKind(in_rsFrom.eType), true);
     auto pDestination = NQxTest::CreateSurface(fnKind(in_rsTo.eType), true);
-    if (!pSource) pSource = NQxTest::CreateBlockSurface(in_rsFrom.eType, true);
-    if (!pDestination) pDestination = NQxTest::CreateBlockSurface(in_rsTo.eType, true);
     const unsigned uiWidth = unsigned(in_rsSource.right - in_rsSource.left);
     const unsigned uiChunks = (uiWidth + 15) / 16;
     const EQxColorimetry eYuvColorimetry = IsRgb(in_rsFrom.eType) ? in_rsDescription.eColorimetry : sSource.eColorimetry;
@@ -162,7 +160,7 @@ std::vector<uint8_t> ReferenceCopy(CQxcHostSurface* in_pSource, const SQxRect& i
     std::unique_ptr<CQxcSurface> pMiddle;
     const EQxcSurfaceType eMiddle = bBlocks ? IntermediateOf(in_rsFrom.eType, in_rsTo.eType) : keQxcSurfaceTypeInvalid;
     if (eMiddle != keQxcSurfaceTypeInvalid) {
-        pMiddle = NQxTest::CreateBlockSurface(eMiddle, true);
+        pMiddle = NQxTest::CreateSurface(eMiddle, true);
         const bool bKey = eMiddle != keQxcSurfaceTypeYCbCr422_16bits && HasKey(in_rsFrom.eType);
         if (in_rsFrom.eType == keQxcSurfaceTypeA2R10G10B10_Unshaped ||
             in_rsTo.eType == keQxcSurfaceTypeA2R10G10B10_Unshaped)

@@ -13,36 +13,8 @@
 namespace NQxTest {
 
 // Kind 33 stands for the 2VUY buffer surface (which reports type 15), 7 for
-// the hub, every other kind is the surface type.
+// the hub, every other kind is the surface type (see CreateSurface).
 const int kiKind2vuyBuffer = keQxcSurfaceType2VUY_8bits_Buffer;
-
-inline std::unique_ptr<CQxcSurface> CreateSurface(int in_iKind, bool in_bCached)
-{
-    const CQxcSurfaceFactory o;
-    switch (in_iKind) {
-    case 7: return std::unique_ptr<CQxcSurface>(o.CreateYCbCrA4224_16bits_UnshapedSurface(in_bCached));
-    case 13: return std::unique_ptr<CQxcSurface>(o.CreateRGBA_8bits_UnshapedBufferSurface(in_bCached));
-    case 14: return std::unique_ptr<CQxcSurface>(o.CreateRGBA_8bits_ShapedBufferSurface(in_bCached));
-    case 15: return std::unique_ptr<CQxcSurface>(o.CreateYCbCr422_8bits_BufferSurface(in_bCached));
-    case 16: return std::unique_ptr<CQxcSurface>(o.CreateYCbCrA4224_8bits_UnshapedBufferSurface(in_bCached));
-    case 17: return std::unique_ptr<CQxcSurface>(o.CreateYCbCrA4224_8bits_ShapedBufferSurface(in_bCached));
-    case 18: return std::unique_ptr<CQxcSurface>(o.CreateYCbCr422_10bits_BufferSurface(in_bCached));
-    case 19: return std::unique_ptr<CQxcSurface>(o.CreateYCbCrA4224_10bits_UnshapedBufferSurface(in_bCached));
-    case 20: return std::unique_ptr<CQxcSurface>(o.CreateYCbCrA4224_10bits_ShapedBufferSurface(in_bCached));
-    case 21: return std::unique_ptr<CQxcSurface>(o.CreateYCbCrA4444_16bits_UnshapedBufferSurface(in_bCached));
-    case 22: return std::unique_ptr<CQxcSurface>(o.CreateRGB24_8bits_BufferSurface(in_bCached));
-    case 26: return std::unique_ptr<CQxcSurface>(o.CreateBGRA_8bits_UnshapedBufferSurface(in_bCached));
-    case 28: return std::unique_ptr<CQxcSurface>(o.CreateA2R10G10B10_UnshapedBufferSurface(in_bCached));
-    case 29: return std::unique_ptr<CQxcSurface>(o.CreateK64ARGB_UnshapedBufferSurface(in_bCached));
-    case 30: return std::unique_ptr<CQxcSurface>(o.CreateR4FL_YUVA4444_32bits_UnshapedBufferSurface(in_bCached));
-    case 31: return std::unique_ptr<CQxcSurface>(o.CreateV210_10bits_BufferSurface(in_bCached));
-    case 32: return std::unique_ptr<CQxcSurface>(o.CreateABGR_16bits_UnshapedBufferSurface(in_bCached));
-    case 33: return std::unique_ptr<CQxcSurface>(o.Create2VUY_8bits_BufferSurface(in_bCached));
-    case 34: return std::unique_ptr<CQxcSurface>(o.CreateA2B10G10R10_UnshapedBufferSurface(in_bCached));
-    case 36: return std::unique_ptr<CQxcSurface>(o.CreateRGB36_12bits_BufferSurface(in_bCached));
-    default: return nullptr;
-    }
-}
 
 // Pixels and bytes of the smallest run of whole pixels of a kind's layout.
 struct SUnit {

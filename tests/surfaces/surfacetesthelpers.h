@@ -90,41 +90,52 @@ const EQxcSurfaceType kaeBlockTypes[] = {
     bool Name(const CQxcSurface*, unsigned int, unsigned int) override { return false; }
 #define QXT_NOT_HERE(Name) QXT_NO_KERNEL(Name)
 
-// Creates an unbound leaf of a block type through the factory.
-inline std::unique_ptr<CQxcSurface> CreateBlockSurface(EQxcSurfaceType in_eType, bool in_bCached)
+// Creates an unbound surface of any type through the factory: the block
+// types, the hub (7), the buffer types, and 33 for the 2VUY buffer surface
+// (which reports type 15).
+inline std::unique_ptr<CQxcSurface> CreateSurface(int in_iType, bool in_bCached)
 {
-    const CQxcSurfaceFactory oFactory;
-    switch (in_eType) {
-    case keQxcSurfaceTypeYCbCr422_8bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCr422_8bitsSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_8bits_UnshapedSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCrA4224_8bits_Shaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_8bits_ShapedSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCr422_10bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCr422_10bitsSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_10bits_UnshapedSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCrA4224_10bits_Shaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_10bits_ShapedSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCr422_16bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCr422_16bitsSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_16bits_UnshapedSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCrA4224_16bits_Shaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4224_16bits_ShapedSurface(in_bCached));
-    case keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateYCbCrA4444_16bits_UnshapedSurface(in_bCached));
-    case keQxcSurfaceTypeAYCbCr4444_8bits_Shaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateAYCbCr4444_8bits_ShapedSurface(in_bCached));
-    case keQxcSurfaceTypeV210_10bits: return std::unique_ptr<CQxcSurface>(oFactory.CreateV210_10bitsSurface(in_bCached));
-    case keQxcSurfaceType2VUY_8bits: return std::unique_ptr<CQxcSurface>(oFactory.Create2VUY_8bitsSurface(in_bCached));
-    // The RGB buffer formats the hub reads.
-    case keQxcSurfaceTypeA2R10G10B10_Unshaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateA2R10G10B10_UnshapedBufferSurface(in_bCached));
-    case keQxcSurfaceTypeK64ARGB_Unshaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateK64ARGB_UnshapedBufferSurface(in_bCached));
-    case keQxcSurfaceTypeR4FL_Unshaped:
-        return std::unique_ptr<CQxcSurface>(oFactory.CreateR4FL_YUVA4444_32bits_UnshapedBufferSurface(in_bCached));
-    default: return nullptr;
+    const CQxcSurfaceFactory o;
+    CQxcSurface* p = nullptr;
+#define QXT_MAKE(Type, Method) \
+    case Type: p = o.Method(in_bCached); break;
+    switch (in_iType) {
+    QXT_MAKE(keQxcSurfaceTypeYCbCr422_8bits, CreateYCbCr422_8bitsSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped, CreateYCbCrA4224_8bits_UnshapedSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCrA4224_8bits_Shaped, CreateYCbCrA4224_8bits_ShapedSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCr422_10bits, CreateYCbCr422_10bitsSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped, CreateYCbCrA4224_10bits_UnshapedSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCrA4224_10bits_Shaped, CreateYCbCrA4224_10bits_ShapedSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCr422_16bits, CreateYCbCr422_16bitsSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, CreateYCbCrA4224_16bits_UnshapedSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCrA4224_16bits_Shaped, CreateYCbCrA4224_16bits_ShapedSurface)
+    QXT_MAKE(keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped, CreateYCbCrA4444_16bits_UnshapedSurface)
+    QXT_MAKE(keQxcSurfaceTypeAYCbCr4444_8bits_Shaped, CreateAYCbCr4444_8bits_ShapedSurface)
+    QXT_MAKE(keQxcSurfaceTypeV210_10bits, CreateV210_10bitsSurface)
+    QXT_MAKE(keQxcSurfaceType2VUY_8bits, Create2VUY_8bitsSurface)
+    QXT_MAKE(13, CreateRGBA_8bits_UnshapedBufferSurface)
+    QXT_MAKE(14, CreateRGBA_8bits_ShapedBufferSurface)
+    QXT_MAKE(15, CreateYCbCr422_8bits_BufferSurface)
+    QXT_MAKE(16, CreateYCbCrA4224_8bits_UnshapedBufferSurface)
+    QXT_MAKE(17, CreateYCbCrA4224_8bits_ShapedBufferSurface)
+    QXT_MAKE(18, CreateYCbCr422_10bits_BufferSurface)
+    QXT_MAKE(19, CreateYCbCrA4224_10bits_UnshapedBufferSurface)
+    QXT_MAKE(20, CreateYCbCrA4224_10bits_ShapedBufferSurface)
+    QXT_MAKE(21, CreateYCbCrA4444_16bits_UnshapedBufferSurface)
+    QXT_MAKE(22, CreateRGB24_8bits_BufferSurface)
+    QXT_MAKE(26, CreateBGRA_8bits_UnshapedBufferSurface)
+    QXT_MAKE(28, CreateA2R10G10B10_UnshapedBufferSurface)
+    QXT_MAKE(29, CreateK64ARGB_UnshapedBufferSurface)
+    QXT_MAKE(30, CreateR4FL_YUVA4444_32bits_UnshapedBufferSurface)
+    QXT_MAKE(31, CreateV210_10bits_BufferSurface)
+    QXT_MAKE(32, CreateABGR_16bits_UnshapedBufferSurface)
+    QXT_MAKE(33, Create2VUY_8bits_BufferSurface)
+    QXT_MAKE(34, CreateA2B10G10R10_UnshapedBufferSurface)
+    QXT_MAKE(36, CreateRGB36_12bits_BufferSurface)
+    default: break;
     }
+#undef QXT_MAKE
+    return std::unique_ptr<CQxcSurface>(p);
 }
 
 // Bytes of one line a block type needs for in_uiWidth pixels.

@@ -178,9 +178,9 @@ void RunCase(const SMatrixEntry& in_rs, const SCase& in_rc, std::mt19937& io_rRa
     CPicture oKernel(oBefore);
     CPicture oReference(oBefore);
 
-    std::unique_ptr<CQxcSurface> pSource = CreateBlockSurface(in_rs.eSource, false);
-    std::unique_ptr<CQxcSurface> pKernel = CreateBlockSurface(in_rs.eDestination, in_rc.bCached);
-    std::unique_ptr<CQxcSurface> pReference = CreateBlockSurface(in_rs.eDestination, true);
+    std::unique_ptr<CQxcSurface> pSource = CreateSurface(in_rs.eSource, false);
+    std::unique_ptr<CQxcSurface> pKernel = CreateSurface(in_rs.eDestination, in_rc.bCached);
+    std::unique_ptr<CQxcSurface> pReference = CreateSurface(in_rs.eDestination, true);
     ASSERT_TRUE(pSource && pKernel && pReference) << s;
     const EQxColorimetry eColorimetry = keQxColorimetryITUR_BT_709;
     pSource->Initialize(oSource.Data(), in_rc.uiWidth, in_rc.uiLines, lSourcePitch, in_rc.bKeyPresent, eColorimetry);
@@ -249,8 +249,8 @@ TEST(BlockKernels, DispatchTablesHoldExactlyTheMatrix)
             std::mt19937 oRandom(7);
             FillRandom(oSource.Data(), oSource.Bytes(), oRandom);
             CPicture oBefore(oDestination);
-            auto pSource = CreateBlockSurface(eSource, true);
-            auto pDestination = CreateBlockSurface(eDestination, true);
+            auto pSource = CreateSurface(eSource, true);
+            auto pDestination = CreateSurface(eDestination, true);
             pSource->Initialize(oSource.Data(), 32, 1, oSource.Pitch(), true, keQxColorimetryITUR_BT_601);
             pDestination->Initialize(oDestination.Data(), 32, 1, oDestination.Pitch(), true,
                                      keQxColorimetryITUR_BT_601);
@@ -298,8 +298,8 @@ TEST(BlockKernels, FillsMatchTheirScalarReference)
             CPicture oBefore(lPitch, c.uiLines);
             FillRandom(oBefore.Data(), oBefore.Bytes(), oRandom);
             CPicture oKernel(oBefore), oReference(oBefore);
-            auto pKernel = CreateBlockSurface(eType, c.bCached);
-            auto pReference = CreateBlockSurface(eType, true);
+            auto pKernel = CreateSurface(eType, c.bCached);
+            auto pReference = CreateSurface(eType, true);
             pKernel->Initialize(oKernel.Data(), c.uiWidth, c.uiLines, lPitch, true, keQxColorimetryITUR_BT_709);
             pReference->Initialize(oReference.Data(), c.uiWidth, c.uiLines, lPitch, true, keQxColorimetryITUR_BT_709);
             pKernel->SetPosition(16 * c.uiDestinationBlock, c.uiFirstLine);

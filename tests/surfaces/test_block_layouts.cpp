@@ -14,8 +14,8 @@ struct SPair {
           bool in_bSourceKey = true)
         : oDestination(LineBytes(in_eDestination, in_uiWidth), in_uiLines),
           oSource(LineBytes(in_eSource, in_uiWidth), in_uiLines),
-          pDestination(CreateBlockSurface(in_eDestination, false)),
-          pSource(CreateBlockSurface(in_eSource, false)),
+          pDestination(CreateSurface(in_eDestination, false)),
+          pSource(CreateSurface(in_eSource, false)),
           uiWidth(in_uiWidth),
           uiLines(in_uiLines)
     {
@@ -86,7 +86,7 @@ TEST(BlockLayouts, Yuyv8WidensByTwoBitsAndKeyIsFull)
 TEST(BlockLayouts, SixteenBitFillWritesTheColourWords)
 {
     CPicture o(96, 2);
-    auto p = CreateBlockSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, false);
+    auto p = CreateSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, false);
     p->Initialize(o.Data(), 16, 2, 96, true, keQxColorimetryITUR_BT_709);
     ASSERT_TRUE(p->FillBlocks(SQxcYuvaPixel{64, 512, 512, 1023}, 1, 2));
     for (unsigned uiLine = 0; uiLine < 2; ++uiLine) {
@@ -175,7 +175,7 @@ TEST(BlockLayouts, SixteenBit4444IsYCbCrKPerPixelAndAycbcrIsKeyFirst)
 TEST(BlockLayouts, Packed10SplitsUpperBytesAndLowPairs)
 {
     CPicture o(40, 1);
-    auto p = CreateBlockSurface(keQxcSurfaceTypeYCbCr422_10bits, false);
+    auto p = CreateSurface(keQxcSurfaceTypeYCbCr422_10bits, false);
     p->Initialize(o.Data(), 16, 1, 40, true, keQxColorimetryITUR_BT_709);
     ASSERT_TRUE(p->FillBlocks(SQxcYuvaPixel{1023, 514, 1, 1023}, 1, 1));
     const uint8_t* puc = o.Data();
@@ -312,7 +312,7 @@ TEST(BlockLayouts, YuyvAnd2vuyExchangeBytesExactly)
 // A hub bound with an RGB side, and one 16-pixel line of an RGB source.
 struct SRgbPair {
     SRgbPair(EQxcSurfaceType in_eSource, EQxcColorRange in_eRange, EQxColorimetry in_eRgb)
-        : oDestination(96, 1), oSource(LineBytes(in_eSource, 16), 1), pSource(CreateBlockSurface(in_eSource, false))
+        : oDestination(96, 1), oSource(LineBytes(in_eSource, 16), 1), pSource(CreateSurface(in_eSource, false))
     {
         pHub.reset(CQxcSurfaceFactory().CreateYCbCrA4224_16bits_UnshapedSurface(false));
         pHub->InitializeRGB10(oDestination.Data(), 16, 1, 96, true, keQxColorimetryITUR_BT_709, in_eRange, in_eRgb);

@@ -519,7 +519,7 @@ TEST(BufferArithmetic, RgbaThroughYcc4444AndBackStaysWithinOne)
             }
 
             // Through the surfaces.
-            auto pBlock = CreateBlockSurface(keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped, true);
+            auto pBlock = CreateSurface(keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped, true);
             pBlock->Initialize(oTo.oDestination.Data(), uiPixels, 1, oTo.oDestination.Pitch(), true, e);
             CPicture oHub(96 * uiPixels / 16, 1);
             auto pHub = CreateSurface(7, true);

@@ -257,7 +257,7 @@ TEST(BufferKernels, TwoVuyBufferConvertsBlocksOfBlockSurfaces)
         FillRandom(oSource.Data(), oSource.Bytes(), oRandom);
         FillRandom(oBefore.Data(), oBefore.Bytes(), oRandom);
         CPicture oKernel(oBefore), oReference(oBefore);
-        auto pSource = CreateBlockSurface(eSource, true);
+        auto pSource = CreateSurface(eSource, true);
         auto pKernel = CreateSurface(kiKind2vuyBuffer, false);
         auto pReference = CreateSurface(kiKind2vuyBuffer, true);
         pSource->Initialize(oSource.Data(), 64, 2, oSource.Pitch(), false, keQxColorimetryITUR_BT_709);
@@ -278,7 +278,7 @@ TEST(BufferKernels, TwoVuyBufferConvertsBlocksOfBlockSurfaces)
         pKernel->SetPosition(0, 0);
         EXPECT_FALSE(pKernel->CopyBlocksFrom(pSource.get(), 4, 1));
         // Other block formats are refused.
-        auto pOther = CreateBlockSurface(keQxcSurfaceTypeV210_10bits, true);
+        auto pOther = CreateSurface(keQxcSurfaceTypeV210_10bits, true);
         pOther->Initialize(oSource.Data(), 64, 2, oSource.Pitch(), false, keQxColorimetryITUR_BT_709);
         EXPECT_FALSE(pKernel->CopyBlocksFrom(pOther.get(), 1, 1));
     }

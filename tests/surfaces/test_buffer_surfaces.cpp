@@ -272,7 +272,7 @@ TEST(BufferSurfaces, ABlockSourceReachesOnlyTheFormatsThatReadTheHub)
     FillRandom(oHub.Data(), oHub.Bytes(), oRandom);
     FillRandom(oYuyv.Data(), oYuyv.Bytes(), oRandom);
     auto pHub = CreateSurface(7, false);
-    auto pYuyv = CreateBlockSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
+    auto pYuyv = CreateSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
     static_cast<CQxcYCbCrA4224_16bits_UnshapedSurface*>(pHub.get())
         ->InitializeRGB10(oHub.Data(), 32, 1, oHub.Pitch(), true, keQxColorimetryITUR_BT_709, keQxcColorRangeGraphic,
                           keQxColorimetryITUR_BT_709);

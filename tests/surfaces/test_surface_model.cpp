@@ -17,7 +17,7 @@ TEST(SurfaceModel, FactoryMakesUnboundLeavesWithTheirConstants)
 {
     for (int i = 0; i < 13; ++i) {
         for (bool bCached : {false, true}) {
-            std::unique_ptr<CQxcSurface> p = CreateBlockSurface(kaeBlockTypes[i], bCached);
+            std::unique_ptr<CQxcSurface> p = CreateSurface(kaeBlockTypes[i], bCached);
             ASSERT_TRUE(p);
             EXPECT_EQ(kaeBlockTypes[i], p->GetSurfaceType());
             EXPECT_EQ(kauiBlockSizes[i], p->GetBlockSize());
@@ -61,7 +61,7 @@ static_assert(AllAligned16<CQxcRGBA_8bits_UnshapedBufferSurfaceSSE2, CQxcRGBA_8b
 
 TEST(SurfaceModel, InitializeBindsAndCountsBlocksRoundedUp)
 {
-    auto p = CreateBlockSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, false);
+    auto p = CreateSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, false);
     CPicture o(2 * 96 + 32, 4);
     ASSERT_TRUE(p->Initialize(o.Data(), 17, 4, o.Pitch(), true, keQxColorimetryITUR_BT_601));
     EXPECT_EQ(2u, p->GetWidthInBlocks());
@@ -81,7 +81,7 @@ TEST(SurfaceModel, InitializeBindsAndCountsBlocksRoundedUp)
 TEST(SurfaceModel, SetPositionUsesEachFormatsUnitAndRefusesOutside)
 {
     CPicture o(4096, 3);
-    auto pPacked = CreateBlockSurface(keQxcSurfaceTypeYCbCr422_10bits, false);
+    auto pPacked = CreateSurface(keQxcSurfaceTypeYCbCr422_10bits, false);
     pPacked->Initialize(o.Data(), 100, 3, 4096, true, keQxColorimetryITUR_BT_709);
     ASSERT_TRUE(pPacked->SetPosition(35, 2));  // block 2
     EXPECT_EQ(o.Line(2) + 80, pPacked->GetCurrentPosition());
@@ -90,7 +90,7 @@ TEST(SurfaceModel, SetPositionUsesEachFormatsUnitAndRefusesOutside)
     EXPECT_FALSE(pPacked->SetPosition(0, 3));
     EXPECT_EQ(2u, pPacked->GetCursorLine()) << "a refused position moves nothing";
 
-    auto pV210 = CreateBlockSurface(keQxcSurfaceTypeV210_10bits, false);
+    auto pV210 = CreateSurface(keQxcSurfaceTypeV210_10bits, false);
     pV210->Initialize(o.Data(), 100, 3, 4096, true, keQxColorimetryITUR_BT_709);
     ASSERT_TRUE(pV210->SetPosition(16, 1));  // pixel 16 lies in group 2
     EXPECT_EQ(o.Line(1) + 32, pV210->GetCurrentPosition());
@@ -103,8 +103,8 @@ struct SRangePair {
     SRangePair()
         : oDestination(3 * 96, 2),
           oSource(3 * 32, 2),
-          pDestination(CreateBlockSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, true)),
-          pSource(CreateBlockSurface(keQxcSurfaceTypeYCbCr422_8bits, true))
+          pDestination(CreateSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, true)),
+          pSource(CreateSurface(keQxcSurfaceTypeYCbCr422_8bits, true))
     {
         std::mt19937 oRandom(1);
         FillRandom(oSource.Data(), oSource.Bytes(), oRandom);
@@ -205,8 +205,8 @@ TEST(SurfaceModel, ReplaceBlockMergesTheChosenEndAndMovesOn)
         FillRandom(oSource.Data(), oSource.Bytes(), oRandom);
         for (size_t ui = 0; ui < oDestination.Bytes(); ui += 2)
             std::memcpy(oDestination.Data() + ui, "\x11\x01", 2);  // words of 0x111
-        auto pDestination = CreateBlockSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Shaped, false);
-        auto pSource = CreateBlockSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
+        auto pDestination = CreateSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Shaped, false);
+        auto pSource = CreateSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
         std::unique_ptr<CQxcYCbCrA4224_16bits_ShapedSurface> pShaped(
             static_cast<CQxcYCbCrA4224_16bits_ShapedSurface*>(pDestination.release()));
         pShaped->Initialize(oDestination.Data(), 32, 1, oDestination.Pitch(), true, keQxColorimetryITUR_BT_709);
@@ -241,7 +241,7 @@ TEST(SurfaceModel, ReplaceBlockMergesTheChosenEndAndMovesOn)
         ASSERT_TRUE(pShaped->ReplaceBlockFrom(pSource.get(), 16, bAtEnd));
         EXPECT_FALSE(pShaped->ReplaceBlockFrom(pSource.get(), 1, bAtEnd));
         // A pair outside the matrix is refused too.
-        auto pV210 = CreateBlockSurface(keQxcSurfaceTypeV210_10bits, false);
+        auto pV210 = CreateSurface(keQxcSurfaceTypeV210_10bits, false);
         pV210->Initialize(oSource.Data(), 32, 1, oSource.Pitch(), true, keQxColorimetryITUR_BT_709);
         ASSERT_TRUE(pShaped->SetPosition(0, 0));
         EXPECT_FALSE(pShaped->ReplaceBlockFrom(pV210.get(), 3, bAtEnd));
@@ -256,7 +256,7 @@ TEST(SurfaceModel, ReplaceBlockOf4444TakesWholePixelsAndTheHubKeepsItsRgbSide)
     FillRandom(oSource.Data(), 32, oRandom);
     const CQxcSurfaceFactory oFactory;
     std::unique_ptr<CQxcYCbCrA4444_16bits_UnshapedSurface> p(oFactory.CreateYCbCrA4444_16bits_UnshapedSurface(false));
-    auto pSource = CreateBlockSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
+    auto pSource = CreateSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
     p->Initialize(oDestination.Data(), 16, 1, 128, true, keQxColorimetryITUR_BT_709);
     pSource->Initialize(oSource.Data(), 16, 1, 32, true, keQxColorimetryITUR_BT_709);
     ASSERT_TRUE(p->ReplaceBlockFrom(pSource.get(), 3, true));

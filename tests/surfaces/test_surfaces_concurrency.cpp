@@ -16,9 +16,9 @@ void ConvertSlice(const CPicture& in_rSource, const CPicture& in_rDestination, u
                   unsigned in_uiFirstLine, unsigned in_uiLines)
 {
     // Objects made here, as each slice makes its own.
-    auto pSource = CreateBlockSurface(keQxcSurfaceTypeV210_10bits, false);
-    auto pHub = CreateBlockSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, true);
-    auto pDestination = CreateBlockSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
+    auto pSource = CreateSurface(keQxcSurfaceTypeV210_10bits, false);
+    auto pHub = CreateSurface(keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, true);
+    auto pDestination = CreateSurface(keQxcSurfaceTypeYCbCr422_8bits, false);
     CPicture oLine(96 * ((in_uiWidth + 15) / 16), 1);
     pSource->Initialize(in_rSource.Data(), in_uiWidth, in_rSource.Lines(), in_rSource.Pitch(), false,
                         keQxColorimetryITUR_BT_709);

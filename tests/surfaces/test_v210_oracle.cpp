@@ -25,8 +25,8 @@ void ExpectAgreement(int in_iWidth, int in_iHeight, uint32_t in_uiSeed)
 
     const unsigned uiBlocks = (in_iWidth + 15) / 16;
     CPicture o16(64 * uiBlocks, in_iHeight);
-    auto pSource = CreateBlockSurface(keQxcSurfaceTypeV210_10bits, false);
-    auto pDestination = CreateBlockSurface(keQxcSurfaceTypeYCbCr422_16bits, false);
+    auto pSource = CreateSurface(keQxcSurfaceTypeV210_10bits, false);
+    auto pDestination = CreateSurface(keQxcSurfaceTypeYCbCr422_16bits, false);
     pSource->Initialize(oV210.Data(), in_iWidth, in_iHeight, lPitch, false, keQxColorimetryITUR_BT_709);
     pDestination->Initialize(o16.Data(), in_iWidth, in_iHeight, o16.Pitch(), false, keQxColorimetryITUR_BT_709);
     ASSERT_TRUE(pDestination->CopyBlocksFrom(pSource.get(), uiBlocks, in_iHeight));
