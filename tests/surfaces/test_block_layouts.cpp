@@ -445,8 +445,9 @@ void ExpectRoundTrip(EQxcSurfaceType in_eFirst, EQxcSurfaceType in_eMiddle, unsi
         << "round trip " << in_eFirst << " -> " << in_eMiddle << " at width " << in_uiWidth;
 }
 
-// v210 carries only 10-bit fields: clear bits 30 and 31 of every word.
-void ClearV210TopBits(CPicture& io_r, unsigned)
+// v210 and the 10-bit 4:2:2:4 words carry only 10-bit fields: clear bits 30
+// and 31 of every word.
+void ClearTopBits(CPicture& io_r, unsigned)
 {
     for (size_t ui = 0; ui < io_r.Bytes(); ui += 4)
         io_r.Data()[ui + 3] &= 0x3f;
@@ -454,21 +455,21 @@ void ClearV210TopBits(CPicture& io_r, unsigned)
 
 TEST(BlockLayouts, RoundTripsAreLossless)
 {
-    for (unsigned uiWidth : {48u, 96u, 1920u}) {
-        ExpectRoundTrip(keQxcSurfaceTypeYCbCr422_8bits, keQxcSurfaceTypeYCbCr422_16bits, uiWidth, nullptr);
-        ExpectRoundTrip(keQxcSurfaceTypeYCbCr422_8bits, keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped, uiWidth, nullptr);
-        ExpectRoundTrip(keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped, keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, uiWidth,
-                        nullptr);
-        ExpectRoundTrip(keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped, keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped,
-                        uiWidth, [](CPicture& io_r, unsigned) {
-                            for (size_t ui = 0; ui < io_r.Bytes(); ui += 4)
-                                io_r.Data()[ui + 3] &= 0x3f;
-                        });
-        ExpectRoundTrip(keQxcSurfaceTypeYCbCr422_10bits, keQxcSurfaceTypeYCbCr422_16bits, uiWidth, nullptr);
-        ExpectRoundTrip(keQxcSurfaceTypeV210_10bits, keQxcSurfaceTypeYCbCr422_16bits, uiWidth, ClearV210TopBits);
-        ExpectRoundTrip(keQxcSurfaceType2VUY_8bits, keQxcSurfaceTypeV210_10bits, uiWidth, nullptr);
-        ExpectRoundTrip(keQxcSurfaceTypeYCbCr422_8bits, keQxcSurfaceType2VUY_8bits, uiWidth, nullptr);
-    }
+    const struct {
+        EQxcSurfaceType eFirst, eMiddle;
+        void (*pfnPrepare)(CPicture&, unsigned);
+    } asTrips[] = {
+        {keQxcSurfaceTypeYCbCr422_8bits, keQxcSurfaceTypeYCbCr422_16bits, nullptr},
+        {keQxcSurfaceTypeYCbCr422_8bits, keQxcSurfaceTypeYCbCrA4444_16bits_Unshaped, nullptr},
+        {keQxcSurfaceTypeYCbCrA4224_8bits_Unshaped, keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, nullptr},
+        {keQxcSurfaceTypeYCbCrA4224_10bits_Unshaped, keQxcSurfaceTypeYCbCrA4224_16bits_Unshaped, ClearTopBits},
+        {keQxcSurfaceTypeYCbCr422_10bits, keQxcSurfaceTypeYCbCr422_16bits, nullptr},
+        {keQxcSurfaceTypeV210_10bits, keQxcSurfaceTypeYCbCr422_16bits, ClearTopBits},
+        {keQxcSurfaceType2VUY_8bits, keQxcSurfaceTypeV210_10bits, nullptr},
+        {keQxcSurfaceTypeYCbCr422_8bits, keQxcSurfaceType2VUY_8bits, nullptr}};
+    for (unsigned uiWidth : {48u, 96u, 1920u})
+        for (const auto& r : asTrips)
+            ExpectRoundTrip(r.eFirst, r.eMiddle, uiWidth, r.pfnPrepare);
 }
 
 TEST(BlockLayouts, Packed10ThroughV210AndBackIsLossless)

@@ -314,11 +314,7 @@ public:
     bool Fill(const SQxcYuvaPixel&, unsigned int, unsigned int) override { return true; }
     bool FillBlocks(const SQxcYuvaPixel&, unsigned int, unsigned int) override { return true; }
     using CQxcRgbBufferSurface::FillRgb;
-    bool FillRgb(const SQxcRGBAPixel& in_rs, unsigned int, unsigned int) override
-    {
-        sFilled = in_rs;
-        return true;
-    }
+    bool FillRgb(const SQxcRGBAPixel&, unsigned int, unsigned int) override { return true; }
     QXT_RECORD(CopyFromYCbCr422_8bits)
     QXT_RECORD(CopyFromYCbCr422_8bits_Interp)
     QXT_RECORD(CopyFromYCbCrA4224_8bits_Unshaped)
@@ -334,15 +330,6 @@ public:
     QXT_RECORD(CopyFromA2B10G10R10_Unshaped)
     QXT_RECORD(CopyFromRGB8bit)
     QXT_RECORD(CopyFromRGB12bit)
-    SQxcRGBAPixel sFilled = {};
-};
-
-class C2vuyBufferProbe : public qxc2VUY_8bits_BufferSurface {
-public:
-    C2vuyBufferProbe() : qxc2VUY_8bits_BufferSurface(false) {}
-    bool Fill(const SQxcYuvaPixel&, unsigned int, unsigned int) override { return true; }
-    bool FillBlocks(const SQxcYuvaPixel&, unsigned int, unsigned int) override { return true; }
-    bool CopyFrom(const CQxcBufferSurface*, unsigned int, unsigned int) override { return true; }
 };
 
 TEST(SurfaceModel, BufferInitializePicksTheCoefficientSetOfRangeAndColorimetry)
@@ -366,25 +353,6 @@ TEST(SurfaceModel, BufferInitializePicksTheCoefficientSetOfRangeAndColorimetry)
     EXPECT_EQ(5u, uiX);
     EXPECT_EQ(1u, uiY);
     EXPECT_EQ(oPicture.Line(1) + 20, o.GetCurrentPosition());
-}
-
-TEST(SurfaceModel, FillRgbWithSixteenBitsKeepsTheHighBytes)
-{
-    CRgbaProbe o;
-    ASSERT_TRUE(o.FillRgb(SQxcRGBAPixel_16bits{0x1234, 0xABCD, 0x00FF, 0xFFFF}, 1, 1));
-    EXPECT_EQ(0x12, o.sFilled.R);
-    EXPECT_EQ(0xAB, o.sFilled.G);
-    EXPECT_EQ(0x00, o.sFilled.B);
-    EXPECT_EQ(0xFF, o.sFilled.A);
-}
-
-TEST(SurfaceModel, TwoVuyBufferReportsTheYuyvBufferType)
-{
-    C2vuyBufferProbe o;
-    EXPECT_EQ(keQxcSurfaceTypeYCbCr422_8bits_Buffer, o.GetSurfaceType());
-    EXPECT_EQ(32u, o.GetBlockSize());
-    EXPECT_EQ(4u, o.GetGroupBytes());
-    EXPECT_EQ(2u, o.GetGroupPixels());
 }
 
 TEST(SurfaceModel, BufferDispatchPicksTheModeAndTestsRanges)
