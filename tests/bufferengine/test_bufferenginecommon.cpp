@@ -133,16 +133,6 @@ TEST(BufferEngineCommon, YuvNeedsAColorimetryAndAlphaFormatsDropIt)
     EXPECT_EQ(keQxcSurfaceTypeV210_10bits, eType);
 }
 
-TEST(BufferEngineCommon, RectsAreCopiedAsTheyAre)
-{
-    SQxRect sOut = {};
-    CQxcBufferEngineCommon::GetParamsFromQxRect(SQxRect{30, -2, 10, 5}, &sOut);
-    EXPECT_EQ(30, sOut.left);
-    EXPECT_EQ(-2, sOut.top);
-    EXPECT_EQ(10, sOut.right);
-    EXPECT_EQ(5, sOut.bottom);
-}
-
 TEST(BufferEngineCommon, BufferVariants)
 {
     const int32_t aiExpected[kiQxcSurfaceTypeCount] = {15, 16, 17, 18, 19, 20, -1, -1, -1, -1, -1, 31, 33,
@@ -171,17 +161,18 @@ TEST(BufferEngineCommon, BlockTablesOffsetsAndLineSizes)
     EXPECT_EQ(3 * 5120 + 2 * 16, CQxcBufferEngineCommon::GetOffset(keQxcSurfaceTypeV210_10bits, 3, 5120, 17));
     EXPECT_EQ(-4096 + 40, CQxcBufferEngineCommon::GetOffset(keQxcSurfaceTypeYCbCr422_10bits, -1, 4096, 31));
 
-    EXPECT_EQ(3456u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeV210_10bits, 1280));
-    EXPECT_EQ(3408u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeV210_10bits, 1279));
-    EXPECT_EQ(5504u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeV210_10bits, 2048));
-    EXPECT_EQ(11008u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeV210_10bits, 4096));
-    EXPECT_EQ(1920u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeV210_10bits, 720));
-    EXPECT_EQ(5120u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeV210_10bits, 1920));
-    EXPECT_EQ(4800u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeYCbCr422_10bits, 1920));
-    EXPECT_EQ(12u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeRGB24_8bits, 7));
-    EXPECT_EQ(8640u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeRGB36_12bits, 1920));
-    // Only v210 answers from the list.
-    EXPECT_EQ(2560u, CQxcBufferEngineCommon::GetBytesFromPixels(keQxcSurfaceTypeYCbCr422_8bits, 1280));
+    // Bytes of a line of each type (only v210 answers from the list).
+    const struct {
+        EQxcSurfaceType eType;
+        uint32_t uiPixels, uiBytes;
+    } asLines[] = {{keQxcSurfaceTypeV210_10bits, 1280, 3456}, {keQxcSurfaceTypeV210_10bits, 1279, 3408},
+                   {keQxcSurfaceTypeV210_10bits, 2048, 5504}, {keQxcSurfaceTypeV210_10bits, 4096, 11008},
+                   {keQxcSurfaceTypeV210_10bits, 720, 1920},  {keQxcSurfaceTypeV210_10bits, 1920, 5120},
+                   {keQxcSurfaceTypeYCbCr422_10bits, 1920, 4800}, {keQxcSurfaceTypeRGB24_8bits, 7, 12},
+                   {keQxcSurfaceTypeRGB36_12bits, 1920, 8640},   {keQxcSurfaceTypeYCbCr422_8bits, 1280, 2560}};
+    for (const auto& r : asLines)
+        EXPECT_EQ(r.uiBytes, CQxcBufferEngineCommon::GetBytesFromPixels(r.eType, r.uiPixels))
+            << r.eType << " " << r.uiPixels;
 }
 
 TEST(BufferEngineCommon, HostColorsOfAClear)

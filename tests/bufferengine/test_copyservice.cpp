@@ -176,16 +176,6 @@ TEST_F(CopyValidation, RectanglesSizesAndFieldFrameRelations)
     EXPECT_EQ(Validate(pFrame.get(), pHalf.get()), QX_E_INVALID_GEOMETRY);
 }
 
-TEST_F(CopyValidation, WidthLimitsOfTheIntermediateLineAndOfTheDestinationFormat)
-{
-    auto pWideYuyv = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 8200, 2));
-    auto pWideV210 = Allocate(Describe(keQxSurfaceFormatV210, 10, 8200, 2));
-    EXPECT_EQ(Validate(pWideYuyv.get(), pWideV210.get()), QX_E_INVALID_GEOMETRY);
-    auto pRgba1919 = Allocate(Describe(keQxSurfaceFormatARGBGraphic, 8, 1919, 2));
-    auto pYuyv1919 = Allocate(Describe(keQxSurfaceFormatYUYV422, 8, 1919, 2));
-    EXPECT_EQ(Validate(pRgba1919.get(), pYuyv1919.get()), QX_E_INVALID_WIDTH);
-}
-
 TEST_F(CopyValidation, OpaqueDataColorimetriesPairsAndConversionPermission)
 {
     SQxSurfaceDescription sData = Describe(keQxSurfaceFormatQueltoAncillaryData, 8, 0, 0);

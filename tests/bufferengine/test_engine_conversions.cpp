@@ -216,7 +216,26 @@ protected:
         ms_pSync->Release();
     }
 
-    // Copies through one engine and compares with the references.
+    // Copies the rectangles through one engine and compares the whole
+    // destination with what the references write.
+    void CopyAndCompare(int in_iEngine, CQxcHostSurface* in_pSource, SQxRect in_sSource,
+                        CQxcHostSurface* in_pDestination, SQxRect in_sDestination, const SFormat& in_rsFrom,
+                        const SFormat& in_rsTo, bool in_bWeave = false)
+    {
+        const std::vector<uint8_t> vBefore(in_pDestination->GetBuffer(),
+                                           in_pDestination->GetBuffer() + in_pDestination->GetBufferSize());
+        const HRESULT hr = in_iEngine == 0 ? ms_pAsync->CopySurface(in_pSource, &in_sSource, in_pDestination,
+                                                                     &in_sDestination, keQxFilterModeNearest)
+                                           : ms_pSync->SyncCopySurface(in_pSource, &in_sSource, in_pDestination,
+                                                                       &in_sDestination, keQxFilterModeNearest);
+        ASSERT_EQ(hr, S_OK);
+        const std::vector<uint8_t> vExpected = ReferenceCopy(in_pSource, in_sSource, vBefore,
+                                                             in_pDestination->GetDescription(), in_sDestination,
+                                                             in_rsFrom, in_rsTo, in_bWeave);
+        ASSERT_TRUE(std::equal(vExpected.begin(), vExpected.end(), in_pDestination->GetBuffer()));
+    }
+
+    // Whole random pictures of one size.
     void Check(int in_iEngine, const SFormat& in_rsSource, const SFormat& in_rsDestination, uint32_t in_uiWidth,
                uint32_t in_uiHeight, std::mt19937& io_oRandom)
     {
@@ -224,18 +243,8 @@ protected:
         auto pDestination = Allocate(DescribeFormat(in_rsDestination, in_uiWidth, in_uiHeight));
         FillRandomPixels(pSource.get(), io_oRandom);
         FillRandomPixels(pDestination.get(), io_oRandom);
-        const std::vector<uint8_t> vBefore(pDestination->GetBuffer(),
-                                           pDestination->GetBuffer() + pDestination->GetBufferSize());
-        SQxRect s = Whole(pSource.get());
-        const HRESULT hr =
-            in_iEngine == 0
-                ? ms_pAsync->CopySurface(pSource.get(), &s, pDestination.get(), &s, keQxFilterModeNearest)
-                : ms_pSync->SyncCopySurface(pSource.get(), &s, pDestination.get(), &s, keQxFilterModeNearest);
-        ASSERT_EQ(hr, S_OK);
-        const std::vector<uint8_t> vExpected =
-            ReferenceCopy(pSource.get(), s, vBefore, pDestination->GetDescription(), s, in_rsSource,
-                          in_rsDestination, false);
-        ASSERT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pDestination->GetBuffer()));
+        const SQxRect s = Whole(pSource.get());
+        CopyAndCompare(in_iEngine, pSource.get(), s, pDestination.get(), s, in_rsSource, in_rsDestination);
     }
 
     static IQxcBufferEngine* ms_pAsync;
@@ -296,72 +305,46 @@ TEST_F(Conversions, RectanglesWeaveAndLinesWhoseBlocksWouldPassTheBuffer)
     std::mt19937 oRandom = SeededRandom("Conversions.Rectangles");
     const SFormat& sYuyv = kasYuvFormats[0];
     const SFormat& sV210 = kasYuvFormats[7];
-    {
-        // A rectangle inside both pictures, starts taken down to 16 pixels.
-        auto pSource = Allocate(DescribeFormat(sYuyv, 640, 360));
-        auto pDestination = Allocate(DescribeFormat(sV210, 960, 540));
-        FillRandomPixels(pSource.get(), oRandom);
-        const std::vector<uint8_t> vBefore(pDestination->GetBuffer(),
-                                           pDestination->GetBuffer() + pDestination->GetBufferSize());
-        SQxRect sSource{37, 11, 37 + 300, 11 + 201}, sDestination{100, 300, 400, 501};
-        ASSERT_EQ(ms_pAsync->CopySurface(pSource.get(), &sSource, pDestination.get(), &sDestination,
-                                         keQxFilterModeNearest),
-                  S_OK);
-        const auto vExpected = ReferenceCopy(pSource.get(), sSource, vBefore, pDestination->GetDescription(),
-                                             sDestination, sYuyv, sV210, false);
-        EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pDestination->GetBuffer()));
-    }
-    {
-        // Two stored fields woven into a frame while converting.
-        auto pStored = Allocate(DescribeFormat(sYuyv, 720, 486, keQxPolarityBackToBack));
-        auto pFrame = Allocate(DescribeFormat(sV210, 720, 486, keQxPolarityInterlaced));
-        FillRandomPixels(pStored.get(), oRandom);
-        FillRandomPixels(pFrame.get(), oRandom);
-        const std::vector<uint8_t> vBefore(pFrame->GetBuffer(), pFrame->GetBuffer() + pFrame->GetBufferSize());
-        SQxRect s = Whole(pStored.get());
-        ASSERT_EQ(ms_pSync->SyncCopySurface(pStored.get(), &s, pFrame.get(), &s, keQxFilterModeNearest), S_OK);
-        const auto vExpected =
-            ReferenceCopy(pStored.get(), s, vBefore, pFrame->GetDescription(), s, sYuyv, sV210, true);
-        EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pFrame->GetBuffer()));
-    }
-    {
-        // The same through the RGB path: stored RGBA fields into a YUYV frame.
-        const SFormat& sRgba = kasRgbFormats[0];
-        auto pStored = Allocate(DescribeFormat(sRgba, 320, 64, keQxPolarityBackToBack));
-        auto pFrame = Allocate(DescribeFormat(sYuyv, 320, 64, keQxPolarityProgressive));
-        FillRandomPixels(pStored.get(), oRandom);
-        FillRandomPixels(pFrame.get(), oRandom);
-        const std::vector<uint8_t> vBefore(pFrame->GetBuffer(), pFrame->GetBuffer() + pFrame->GetBufferSize());
-        SQxRect s{0, 16, 320, 64};
-        ASSERT_EQ(ms_pAsync->CopySurface(pStored.get(), &s, pFrame.get(), &s, keQxFilterModeNearest), S_OK);
-        const auto vExpected =
-            ReferenceCopy(pStored.get(), s, vBefore, pFrame->GetDescription(), s, sRgba, sYuyv, true);
-        EXPECT_TRUE(std::equal(vExpected.begin(), vExpected.end(), pFrame->GetBuffer()));
-    }
-    {
-        // Lines of exactly 40 pixels (80 bytes) in memory with nothing after
-        // the last one: the last block of every line would pass the line, so
-        // those lines are staged; only the line's bytes are written.
-        const SFormat& s4224 = kasYuvFormats[1];
-        CGuardedSurface oSource(DescribeFormat(s4224, 40, 17), 0, 8);  // unaligned source lines too
-        CGuardedSurface oDestination(DescribeFormat(sYuyv, 40, 17), 80);
-        FillRandomPixels(oSource.Get(), oRandom);
-        oDestination.Memory().FillRandom(oRandom);
-        const std::vector<uint8_t> vBefore = oDestination.Memory().Bytes();
-        SQxRect s = Whole(oSource.Get());
-        ASSERT_EQ(ms_pAsync->CopySurface(oSource.Get(), &s, oDestination.Get(), &s, keQxFilterModeNearest), S_OK);
-        // The references write whole blocks: run them on roomy lines and
-        // compare each line's 80 bytes.
-        SQxSurfaceDescription sRoomy = oDestination->GetDescription();
-        sRoomy.lPitch = 96;
-        std::vector<uint8_t> vRoomy(96 * 17);
-        for (int y = 0; y < 17; ++y) std::memcpy(&vRoomy[96 * y], &vBefore[80 * y], 80);
-        const auto vExpected =
-            ReferenceCopy(oSource.Get(), s, vRoomy, sRoomy, s, s4224, sYuyv, false);
-        for (int y = 0; y < 17; ++y)
-            EXPECT_EQ(0, std::memcmp(&vExpected[96 * y], oDestination.Memory().Data() + 80 * y, 80)) << "line " << y;
-        EXPECT_TRUE(oDestination.Memory().GuardsIntact());
-    }
+    // A rectangle inside both pictures, starts taken down to 16 pixels.
+    auto pSource = Allocate(DescribeFormat(sYuyv, 640, 360));
+    auto pDestination = Allocate(DescribeFormat(sV210, 960, 540));
+    FillRandomPixels(pSource.get(), oRandom);
+    CopyAndCompare(0, pSource.get(), {37, 11, 37 + 300, 11 + 201}, pDestination.get(), {100, 300, 400, 501},
+                   sYuyv, sV210);
+    // Two stored fields woven into a frame while converting, and the
+    // same through the RGB path (stored RGBA fields into a YUYV frame).
+    auto pStored = Allocate(DescribeFormat(sYuyv, 720, 486, keQxPolarityBackToBack));
+    auto pFrame = Allocate(DescribeFormat(sV210, 720, 486, keQxPolarityInterlaced));
+    FillRandomPixels(pStored.get(), oRandom);
+    FillRandomPixels(pFrame.get(), oRandom);
+    CopyAndCompare(1, pStored.get(), Whole(pStored.get()), pFrame.get(), Whole(pStored.get()), sYuyv, sV210, true);
+    const SFormat& sRgba = kasRgbFormats[0];
+    auto pRgbStored = Allocate(DescribeFormat(sRgba, 320, 64, keQxPolarityBackToBack));
+    auto pYuyvFrame = Allocate(DescribeFormat(sYuyv, 320, 64, keQxPolarityProgressive));
+    FillRandomPixels(pRgbStored.get(), oRandom);
+    FillRandomPixels(pYuyvFrame.get(), oRandom);
+    CopyAndCompare(0, pRgbStored.get(), {0, 16, 320, 64}, pYuyvFrame.get(), {0, 16, 320, 64}, sRgba, sYuyv, true);
+    // Lines of exactly 40 pixels (80 bytes) in memory with nothing after
+    // the last one: the last block of every line would pass the line, so
+    // those lines are staged; only the line's bytes are written.
+    const SFormat& s4224 = kasYuvFormats[1];
+    CGuardedSurface oSource(DescribeFormat(s4224, 40, 17), 0, 8);  // unaligned source lines too
+    CGuardedSurface oDestination(DescribeFormat(sYuyv, 40, 17), 80);
+    FillRandomPixels(oSource.Get(), oRandom);
+    oDestination.Memory().FillRandom(oRandom);
+    const std::vector<uint8_t> vBefore = oDestination.Memory().Bytes();
+    SQxRect s = Whole(oSource.Get());
+    ASSERT_EQ(ms_pAsync->CopySurface(oSource.Get(), &s, oDestination.Get(), &s, keQxFilterModeNearest), S_OK);
+    // The references write whole blocks: run them on roomy lines and
+    // compare each line's 80 bytes.
+    SQxSurfaceDescription sRoomy = oDestination->GetDescription();
+    sRoomy.lPitch = 96;
+    std::vector<uint8_t> vRoomy(96 * 17);
+    for (int y = 0; y < 17; ++y) std::memcpy(&vRoomy[96 * y], &vBefore[80 * y], 80);
+    const auto vExpected = ReferenceCopy(oSource.Get(), s, vRoomy, sRoomy, s, s4224, sYuyv, false);
+    for (int y = 0; y < 17; ++y)
+        EXPECT_EQ(0, std::memcmp(&vExpected[96 * y], oDestination.Memory().Data() + 80 * y, 80)) << "line " << y;
+    EXPECT_TRUE(oDestination.Memory().GuardsIntact());
 }
 
 }  // namespace

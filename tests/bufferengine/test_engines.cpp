@@ -473,12 +473,11 @@ TEST_F(Engines, SynchronousEngineRefusesEverythingAfterANullSurface)
     EXPECT_EQ(pDestination->GetLockCount(), 0);
 }
 
-// A surface that, on its first lock, runs a call of the test first: a call
-// nested in the engine's operation on the same thread.
-class CReenteringSurface : public CQxLightUnknown, public IQxSurface {
+// A surface over a host surface that runs OnLock() before each lock.
+class CForwardingSurface : public CQxLightUnknown, public IQxSurface {
 public:
-    CReenteringSurface(CQxcHostSurface* in_pInner, std::function<void()> in_fnOnLock)
-        : CQxLightUnknown(L"reentering", nullptr), m_pInner(in_pInner), m_fnOnLock(std::move(in_fnOnLock))
+    CForwardingSurface(const wchar_t* in_pszName, CQxcHostSurface* in_pInner)
+        : CQxLightUnknown(in_pszName, nullptr), m_pInner(in_pInner)
     {
     }
     QX_DECLARE_IUNKNOWN
@@ -486,18 +485,35 @@ public:
     HRESULT GetAVContent(IQxAVContent** p) override { return m_pInner->GetAVContent(p); }
     HRESULT LockBuffer(EQxBufferAccess a, void** b, int32_t* p, uint32_t* s) override
     {
-        if (std::function<void()> fn = std::move(m_fnOnLock)) {
-            m_fnOnLock = nullptr;
-            fn();
-        }
+        OnLock();
         return m_pInner->LockBuffer(a, b, p, s);
     }
     HRESULT UnlockBuffer() override { return m_pInner->UnlockBuffer(); }
     HRESULT GetFrameInformation(SQxFrameInformation* p) override { return m_pInner->GetFrameInformation(p); }
     HRESULT SetFrameInformation(const SQxFrameInformation* p) override { return m_pInner->SetFrameInformation(p); }
 
-private:
+protected:
+    virtual void OnLock() = 0;
     CQxcHostSurface* m_pInner;
+};
+
+// On its first lock, runs a call of the test first: a call nested in the
+// engine's operation on the same thread.
+class CReenteringSurface : public CForwardingSurface {
+public:
+    CReenteringSurface(CQxcHostSurface* in_pInner, std::function<void()> in_fnOnLock)
+        : CForwardingSurface(L"reentering", in_pInner), m_fnOnLock(std::move(in_fnOnLock))
+    {
+    }
+
+private:
+    void OnLock() override
+    {
+        if (std::function<void()> fn = std::move(m_fnOnLock)) {
+            m_fnOnLock = nullptr;
+            fn();
+        }
+    }
     std::function<void()> m_fnOnLock;
 };
 
@@ -530,24 +546,11 @@ TEST_F(Engines, SynchronousEngineRefusesACallNestedInItsOwnOperation)
     EXPECT_EQ(m_pSync->SyncCopySurface(pOther.get(), &s, pDestination.get(), &s, keQxFilterModeNearest), S_OK);
 }
 
-// A surface that holds its first lock until the test lets it go, so that a
-// second caller can be made to arrive while an operation is in progress.
-class CHeldSurface : public CQxLightUnknown, public IQxSurface {
+// Holds its first lock until the test lets it go, so that a second caller
+// can be made to arrive while an operation is in progress.
+class CHeldSurface : public CForwardingSurface {
 public:
-    explicit CHeldSurface(CQxcHostSurface* in_pInner) : CQxLightUnknown(L"held", nullptr), m_pInner(in_pInner) {}
-    QX_DECLARE_IUNKNOWN
-    HRESULT GetSurfaceDescription(SQxSurfaceDescription* p) override { return m_pInner->GetSurfaceDescription(p); }
-    HRESULT GetAVContent(IQxAVContent** p) override { return m_pInner->GetAVContent(p); }
-    HRESULT LockBuffer(EQxBufferAccess a, void** b, int32_t* p, uint32_t* s) override
-    {
-        m_pInner->GetContent()->SignalReadCompletion();  // "inside the lock" mark for the test
-        std::unique_lock<std::mutex> oLock(m_oMutex);
-        m_oReleased.wait(oLock, [this] { return m_bReleased; });
-        return m_pInner->LockBuffer(a, b, p, s);
-    }
-    HRESULT UnlockBuffer() override { return m_pInner->UnlockBuffer(); }
-    HRESULT GetFrameInformation(SQxFrameInformation* p) override { return m_pInner->GetFrameInformation(p); }
-    HRESULT SetFrameInformation(const SQxFrameInformation* p) override { return m_pInner->SetFrameInformation(p); }
+    explicit CHeldSurface(CQxcHostSurface* in_pInner) : CForwardingSurface(L"held", in_pInner) {}
     void Let()
     {
         std::lock_guard<std::mutex> oLock(m_oMutex);
@@ -556,7 +559,12 @@ public:
     }
 
 private:
-    CQxcHostSurface* m_pInner;
+    void OnLock() override
+    {
+        m_pInner->GetContent()->SignalReadCompletion();  // "inside the lock" mark for the test
+        std::unique_lock<std::mutex> oLock(m_oMutex);
+        m_oReleased.wait(oLock, [this] { return m_bReleased; });
+    }
     std::mutex m_oMutex;
     std::condition_variable m_oReleased;
     bool m_bReleased = false;
