@@ -52,8 +52,8 @@ void RunKernel(benchmark::State& io_rState, EQxcSurfaceType in_eDestination, EQx
     const long lDestinationPitch = NQxTest::LineBytes(in_eDestination, in_rs.uiWidth);
     SBuffer oSource(lSourcePitch * in_rs.uiHeight), oDestination(lDestinationPitch * in_rs.uiHeight);
     FillSource(in_eSource, oSource.puc, lSourcePitch * in_rs.uiHeight);
-    std::unique_ptr<CQxcSurface> pSource = NQxTest::CreateBlockSurface(in_eSource, false);
-    std::unique_ptr<CQxcSurface> pDestination = NQxTest::CreateBlockSurface(in_eDestination, false);
+    std::unique_ptr<CQxcSurface> pSource = NQxTest::CreateSurface(in_eSource, false);
+    std::unique_ptr<CQxcSurface> pDestination = NQxTest::CreateSurface(in_eDestination, false);
     pSource->Initialize(oSource.puc, in_rs.uiWidth, in_rs.uiHeight, lSourcePitch, true, keQxColorimetryITUR_BT_709);
     pDestination->Initialize(oDestination.puc, in_rs.uiWidth, in_rs.uiHeight, lDestinationPitch, true,
                              keQxColorimetryITUR_BT_709);
